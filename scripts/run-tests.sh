@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Sets up a fresh machine, builds everything and runs every test:
+# the unit and integration tests, the ThreadSanitizer stress tests and a
+# short fuzzing run.
+set -euo pipefail
+here=$(cd "$(dirname "$0")/.." && pwd)
+cd "$here"
+
+bash scripts/setup.sh
+
+jobs=$(nproc 2>/dev/null || echo 2)
+build=${NUBIX_BUILD_DIR:-$here/build}
+
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+      -DNUBIX_BUILD_TESTS=ON -DNUBIX_BUILD_BENCHMARKS=ON
+cmake --build "$build" -j "$jobs"
+(cd "$build" && QT_QPA_PLATFORM=offscreen ctest -j "$jobs" --output-on-failure -LE 'tsan')
+
+if [ -x scripts/run-tsan-tests.sh ]; then bash scripts/run-tsan-tests.sh; fi
+if [ -x scripts/run-fuzz.sh ]; then bash scripts/run-fuzz.sh 60; fi

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <hpf/event/eventdispatcher.h>
+
+#include "../hpflog.h"
+#include "eventhelper.h"
+
+#include <QHash>
+#include <QReadWriteLock>
+
+namespace hpf {
+
+namespace {
+
+struct Dispatcher
+{
+    internal::ReceiverList filters;
+    internal::ReceiverList listeners;
+};
+
+}   // namespace
+
+struct EventDispatcherManager::Private
+{
+    mutable QReadWriteLock lock;
+    QHash<EventType, Dispatcher> table;
+    internal::ReceiverList globalFilters;
+
+    bool add(const char *method, EventType type, const void *owner, Invoker invoker,
+        internal::ReceiverList Dispatcher::*list)
+    {
+        if (!invoker) {
+            qCWarning(logHpf).nospace() << "EventDispatcherManager::" << method << ": refused an empty receiver for "
+                                        << type;
+            return false;
+        }
+        internal::Receiver receiver {owner, std::make_shared<const Invoker>(std::move(invoker))};
+        QWriteLocker locker(&lock);
+        (table[type].*list).append(std::move(receiver));
+        return true;
+    }
+
+    bool remove(EventType type, const void *owner, internal::ReceiverList Dispatcher::*list)
+    {
+        QWriteLocker locker(&lock);
+        auto it = table.find(type);
+        return it != table.end() && internal::removeOwner(&((*it).*list), owner);
+    }
+};
+
+EventDispatcherManager::EventDispatcherManager() : d(new Private) { }
+
+EventDispatcherManager::~EventDispatcherManager() = default;
+
+bool EventDispatcherManager::subscribeInvoker(EventType type, const void *owner, Invoker invoker)
+{
+    return d->add("subscribe", type, owner, std::move(invoker), &Dispatcher::listeners);
+}
+
+bool EventDispatcherManager::installFilterInvoker(EventType type, const void *owner, Invoker invoker)
+{
+    return d->add("installEventFilter", type, owner, std::move(invoker), &Dispatcher::filters);
+}
+
+bool EventDispatcherManager::installGlobalFilterInvoker(const void *owner, Invoker invoker)
+{
+    if (!invoker) {
+        qCWarning(logHpf) << "EventDispatcherManager::installGlobalEventFilter: refused an empty receiver";
+        return false;
+    }
+    internal::Receiver receiver {owner, std::make_shared<const Invoker>(std::move(invoker))};
+    QWriteLocker locker(&d->lock);
+    d->globalFilters.append(std::move(receiver));
+    return true;
+}
+
+bool EventDispatcherManager::unsubscribe(EventType type, const void *owner)
+{
+    return d->remove(type, owner, &Dispatcher::listeners);
+}
+
+bool EventDispatcherManager::removeEventFilter(EventType type, const void *owner)
+{
+    return d->remove(type, owner, &Dispatcher::filters);
+}
+
+bool EventDispatcherManager::removeGlobalEventFilter(const void *owner)
+{
+    QWriteLocker locker(&d->lock);
+    return internal::removeOwner(&d->globalFilters, owner);
+}
+
+bool EventDispatcherManager::hasDispatcher(EventType type) const
+{
+    QReadLocker locker(&d->lock);
+    return d->table.contains(type);
+}
+
+bool EventDispatcherManager::publishList(EventType type, const QVariantList &args)
+{
+    if (Q_UNLIKELY(!internal::onMainThread()))
+        internal::warnOffMainThread(eventName(type));
+
+    // Copies of implicitly shared lists: the receivers run without the lock,
+    // so they may publish, subscribe or filter again.
+    internal::ReceiverList globals;
+    internal::ReceiverList filters;
+    internal::ReceiverList listeners;
+    {
+        QReadLocker locker(&d->lock);
+        globals = d->globalFilters;
+        const auto it = d->table.constFind(type);
+        if (it != d->table.cend()) {
+            filters = it->filters;
+            listeners = it->listeners;
+        }
+    }
+
+    if (!globals.isEmpty()) {
+        const QVariantList globalArgs {QVariant(type), QVariant(args)};
+        for (const internal::Receiver &filter : qAsConst(globals)) {
+            if (internal::invoke(filter, globalArgs).toBool())
+                return false;
+        }
+    }
+    for (const internal::Receiver &filter : qAsConst(filters)) {
+        if (internal::invoke(filter, args).toBool())
+            return false;
+    }
+    for (const internal::Receiver &listener : qAsConst(listeners))
+        internal::invoke(listener, args);
+    return true;
+}
+
+QString EventDispatcherManager::eventName(EventType type)
+{
+    return QString::number(type);
+}
+
+}   // namespace hpf

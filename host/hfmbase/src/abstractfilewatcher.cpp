@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "hfmbase/abstractfilewatcher.h"
+
+#include "hfmbase/abstractfilewatcherprivate.h"
+#include "hfmbase/metatypes.h"
+#include "keyedregistry.h"
+#include "localfilewatcher.h"
+
+#include <QSet>
+#include <QThread>
+#include <QWeakPointer>
+
+namespace hfmbase {
+
+AbstractFileWatcherPrivate::AbstractFileWatcherPrivate(const QUrl &fileUrl, AbstractFileWatcher *qq)
+    : url(fileUrl), q(qq)
+{
+}
+
+AbstractFileWatcherPrivate::~AbstractFileWatcherPrivate() = default;
+
+// ---------------------------------------------------------------------------
+
+AbstractFileWatcher::AbstractFileWatcher(AbstractFileWatcherPrivate *dd, QObject *parent) : QObject(parent), d(dd)
+{
+    // As a child the private part follows the watcher into another thread;
+    // the scoped pointer still deletes it first.
+    if (d)
+        d->setParent(this);
+}
+
+AbstractFileWatcher::~AbstractFileWatcher() = default;
+
+QUrl AbstractFileWatcher::url() const
+{
+    return d ? d->url : QUrl();
+}
+
+bool AbstractFileWatcher::startWatcher()
+{
+    if (!d)
+        return false;
+    if (d->started)
+        return true;
+    d->started = d->start();
+    return d->started;
+}
+
+bool AbstractFileWatcher::stopWatcher()
+{
+    if (!d)
+        return false;
+    if (!d->started)
+        return true;
+    const bool ok = d->stop();
+    d->started = false;
+    return ok;
+}
+
+bool AbstractFileWatcher::isStarted() const
+{
+    return d && d->started;
+}
+
+// ---------------------------------------------------------------------------
+
+namespace {
+
+class WatcherRegistry : public KeyedRegistry<WatcherFactory::Creator>
+{
+public:
+    WatcherRegistry()
+    {
+        registerMetaTypes();
+        add(
+            QStringLiteral("file"),
+            [](const QUrl &url) { return AbstractFileWatcherPointer(new hfmio::LocalFileWatcher(url)); },
+            "WatcherFactory::regCreator", "scheme", nullptr);
+    }
+};
+
+WatcherRegistry &registry()
+{
+    static WatcherRegistry r;
+    return r;
+}
+
+QUrl watcherKey(const QUrl &url)
+{
+    return url.adjusted(QUrl::StripTrailingSlash);
+}
+
+}   // namespace
+
+bool WatcherFactory::regCreator(const QString &scheme, Creator creator, QString *errorString)
+{
+    if (!creator) {
+        const QString error = QStringLiteral("no creator given for the scheme \"%1\"").arg(scheme);
+        warnAt("WatcherFactory::regCreator", error);
+        setError(errorString, error);
+        return false;
+    }
+    return registry().add(scheme, std::move(creator), "WatcherFactory::regCreator", "scheme", errorString);
+}
+
+AbstractFileWatcherPointer WatcherFactory::createWatcher(const QUrl &url, bool cache, QString *errorString)
+{
+    Creator creator;
+    if (!url.isValid() || !registry().find(url.scheme(), &creator)) {
+        const QString error = url.isValid()
+            ? QStringLiteral("no watcher class is registered for the scheme \"%1\"").arg(url.scheme())
+            : QStringLiteral("cannot watch the invalid URL \"%1\"").arg(url.toString());
+        warnAt("WatcherFactory::createWatcher", error);
+        setError(errorString, error);
+        return {};
+    }
+    WatcherCache &watchers = WatcherCache::instance();
+    const bool useCache = cache && !watchers.cacheDisable(url.scheme());
+    if (useCache) {
+        if (AbstractFileWatcherPointer shared = watchers.getCacheWatcher(url))
+            return shared;
+    }
+    AbstractFileWatcherPointer watcher = creator(url);
+    if (!watcher) {
+        setError(errorString, QStringLiteral("the creator of the scheme \"%1\" made no watcher").arg(url.scheme()));
+        return {};
+    }
+    if (useCache)
+        watchers.cacheWatcher(url, watcher);
+    return watcher;
+}
+
+bool WatcherFactory::isRegistered(const QString &scheme)
+{
+    return registry().contains(scheme);
+}
+
+// ---------------------------------------------------------------------------
+
+// Holds weak references: a watcher is shared while somebody uses it and goes
+// away with its last user.
+struct WatcherCache::Private
+{
+    mutable QReadWriteLock lock;
+    QSet<QString> disabledSchemes;
+    QHash<QUrl, QWeakPointer<AbstractFileWatcher>> watchers;
+};
+
+WatcherCache::WatcherCache() : d(new Private) { }
+
+WatcherCache::~WatcherCache()
+{
+    delete d;
+}
+
+WatcherCache &WatcherCache::instance()
+{
+    static WatcherCache cache;
+    return cache;
+}
+
+void WatcherCache::setCacheDisbale(const QString &scheme, bool disable)
+{
+    QWriteLocker locker(&d->lock);
+    if (disable) {
+        d->disabledSchemes.insert(scheme);
+        for (auto it = d->watchers.begin(); it != d->watchers.end();) {
+            if (it.key().scheme() == scheme)
+                it = d->watchers.erase(it);
+            else
+                ++it;
+        }
+    } else {
+        d->disabledSchemes.remove(scheme);
+    }
+}
+
+bool WatcherCache::cacheDisable(const QString &scheme) const
+{
+    QReadLocker locker(&d->lock);
+    return d->disabledSchemes.contains(scheme);
+}
+
+AbstractFileWatcherPointer WatcherCache::getCacheWatcher(const QUrl &url) const
+{
+    QReadLocker locker(&d->lock);
+    if (d->disabledSchemes.contains(url.scheme()))
+        return {};
+    return d->watchers.value(watcherKey(url)).toStrongRef();
+}
+
+void WatcherCache::cacheWatcher(const QUrl &url, const AbstractFileWatcherPointer &watcher)
+{
+    if (!url.isValid() || !watcher)
+        return;
+    QWriteLocker locker(&d->lock);
+    if (d->disabledSchemes.contains(url.scheme()))
+        return;
+    // Forget watchers nobody uses any more before adding one.
+    for (auto it = d->watchers.begin(); it != d->watchers.end();) {
+        if (it.value().isNull())
+            it = d->watchers.erase(it);
+        else
+            ++it;
+    }
+    d->watchers.insert(watcherKey(url), watcher);
+}
+
+void WatcherCache::removeCacheWatcher(const QUrl &url)
+{
+    QWriteLocker locker(&d->lock);
+    d->watchers.remove(watcherKey(url));
+}
+
+}   // namespace hfmbase

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "hfmbase/infofactory.h"
+
+#include "hfmbase/metatypes.h"
+#include "infofactory_p.h"
+#include "keyedregistry.h"
+#include "localfileinfo.h"
+
+#include <QSet>
+
+namespace hfmbase {
+
+namespace {
+
+const QString kFileScheme = QStringLiteral("file");
+
+struct InfoEntry
+{
+    InfoFactory::Creator creator;
+    InfoFactory::RegOptions options;
+};
+
+class InfoRegistry : public KeyedRegistry<InfoEntry>
+{
+public:
+    InfoRegistry()
+    {
+        registerMetaTypes();
+        add(kFileScheme,
+            InfoEntry {[](const QUrl &url) { return FileInfoPointer(new hfmio::LocalFileInfo(url)); },
+                InfoFactory::RegOption::kNoOption},
+            "InfoFactory::regCreator", "scheme", nullptr);
+    }
+};
+
+InfoRegistry &registry()
+{
+    static InfoRegistry r;
+    return r;
+}
+
+// Cache keys ignore a trailing slash: "file:///a/" and "file:///a" are one file.
+QUrl cacheKey(const QUrl &url)
+{
+    return url.adjusted(QUrl::StripTrailingSlash);
+}
+
+// An upper bound so that a long session does not keep every file it ever saw.
+constexpr int kMaxCachedInfos = 100000;
+
+}   // namespace
+
+bool InfoFactory::regCreator(const QString &scheme, Creator creator, RegOptions options, QString *errorString)
+{
+    if (!creator) {
+        const QString error = QStringLiteral("no creator given for the scheme \"%1\"").arg(scheme);
+        warnAt("InfoFactory::regCreator", error);
+        setError(errorString, error);
+        return false;
+    }
+    return registry().add(
+        scheme, InfoEntry {std::move(creator), options}, "InfoFactory::regCreator", "scheme", errorString);
+}
+
+FileInfoPointer InfoFactory::createInfo(const QUrl &url, CreateType type, QString *errorString)
+{
+    if (!url.isValid() || url.scheme().isEmpty()) {
+        const QString error = QStringLiteral("cannot make an info for the invalid URL \"%1\"").arg(url.toString());
+        warnAt("InfoFactory::createInfo", error);
+        setError(errorString, error);
+        return {};
+    }
+    const QString scheme = url.scheme();
+    InfoEntry entry;
+    if (!registry().find(scheme, &entry)) {
+        const QString error = QStringLiteral("no info class is registered for the scheme \"%1\"").arg(scheme);
+        warnAt("InfoFactory::createInfo", error);
+        setError(errorString, error);
+        return {};
+    }
+
+    const bool useCache = type != CreateType::kCreateNoCache && !(entry.options & RegOption::kNoCache)
+        && !InfoCache::instance().cacheDisable(scheme);
+    if (useCache) {
+        if (FileInfoPointer cached = InfoCache::instance().getCacheInfo(url))
+            return cached;
+    }
+    FileInfoPointer info = entry.creator(url);
+    if (!info) {
+        const QString error = QStringLiteral("the creator of the scheme \"%1\" made no info").arg(scheme);
+        setError(errorString, error);
+        return {};
+    }
+    if (useCache)
+        InfoCache::instance().cacheInfo(url, info);
+    return info;
+}
+
+bool InfoFactory::isRegistered(const QString &scheme)
+{
+    return registry().contains(scheme);
+}
+
+FileInfoPointer createLocalEntryInfo(const QUrl &url, const QFileInfo &entry)
+{
+    // "file" always belongs to the host's own info (a second registration is
+    // refused), so the entry's status can be handed over as it is. The fresh
+    // status also replaces whatever the cache held for that file.
+    FileInfoPointer info(new hfmio::LocalFileInfo(url, entry));
+    if (!InfoCache::instance().cacheDisable(kFileScheme))
+        InfoCache::instance().cacheInfo(url, info);
+    return info;
+}
+
+// ---------------------------------------------------------------------------
+
+struct InfoCache::Private
+{
+    mutable QReadWriteLock lock;
+    QSet<QString> disabledSchemes;
+    QHash<QUrl, FileInfoPointer> infos;
+};
+
+InfoCache::InfoCache() : d(new Private) { }
+
+InfoCache::~InfoCache()
+{
+    delete d;
+}
+
+InfoCache &InfoCache::instance()
+{
+    static InfoCache cache;
+    return cache;
+}
+
+void InfoCache::setCacheDisbale(const QString &scheme, bool disable)
+{
+    QWriteLocker locker(&d->lock);
+    if (disable) {
+        d->disabledSchemes.insert(scheme);
+        // Drop what was kept so far: nothing of the scheme is served any more.
+        for (auto it = d->infos.begin(); it != d->infos.end();) {
+            if (it.key().scheme() == scheme)
+                it = d->infos.erase(it);
+            else
+                ++it;
+        }
+    } else {
+        d->disabledSchemes.remove(scheme);
+    }
+}
+
+bool InfoCache::cacheDisable(const QString &scheme) const
+{
+    QReadLocker locker(&d->lock);
+    return d->disabledSchemes.contains(scheme);
+}
+
+FileInfoPointer InfoCache::getCacheInfo(const QUrl &url) const
+{
+    QReadLocker locker(&d->lock);
+    if (d->disabledSchemes.contains(url.scheme()))
+        return {};
+    return d->infos.value(cacheKey(url));
+}
+
+void InfoCache::cacheInfo(const QUrl &url, const FileInfoPointer &info)
+{
+    if (!url.isValid() || !info)
+        return;
+    QWriteLocker locker(&d->lock);
+    if (d->disabledSchemes.contains(url.scheme()))
+        return;
+    if (d->infos.size() >= kMaxCachedInfos)
+        d->infos.clear();
+    d->infos.insert(cacheKey(url), info);
+}
+
+void InfoCache::removeCacheInfo(const QUrl &url)
+{
+    QWriteLocker locker(&d->lock);
+    d->infos.remove(cacheKey(url));
+}
+
+void InfoCache::clear()
+{
+    QWriteLocker locker(&d->lock);
+    d->infos.clear();
+}
+
+}   // namespace hfmbase

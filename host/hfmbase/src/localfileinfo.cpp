@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "localfileinfo.h"
+
+#include <QDir>
+#include <QMimeDatabase>
+
+namespace hfmio {
+
+namespace {
+
+QFileInfo infoOf(const QUrl &url)
+{
+    // A non-local or empty URL must never describe the working directory.
+    if (!url.isLocalFile() || url.toLocalFile().isEmpty())
+        return QFileInfo();
+    return QFileInfo(url.toLocalFile());
+}
+
+}   // namespace
+
+LocalFileInfo::LocalFileInfo(const QUrl &url) : FileInfo(url), info(infoOf(url)) { }
+
+LocalFileInfo::LocalFileInfo(const QUrl &url, const QFileInfo &info) : FileInfo(url), info(info) { }
+
+LocalFileInfo::~LocalFileInfo() = default;
+
+QUrl LocalFileInfo::urlOf(FileUrlInfoType type) const
+{
+    QMutexLocker locker(&mutex);
+    switch (type) {
+    case FileUrlInfoType::kParentUrl: {
+        if (info.filePath().isEmpty() || info.isRoot())
+            return QUrl();
+        return QUrl::fromLocalFile(info.absolutePath());
+    }
+    case FileUrlInfoType::kSymLinkTargetUrl:
+        return info.isSymLink() ? QUrl::fromLocalFile(info.symLinkTarget()) : QUrl();
+    default:
+        return url;
+    }
+}
+
+bool LocalFileInfo::exists() const
+{
+    QMutexLocker locker(&mutex);
+    return !info.filePath().isEmpty() && info.exists();
+}
+
+void LocalFileInfo::refresh()
+{
+    QMutexLocker locker(&mutex);
+    info.refresh();
+    mimeKnown = false;
+    mime = QMimeType();
+    iconKnown = false;
+    icon = QIcon();
+}
+
+QString LocalFileInfo::fileName() const
+{
+    QMutexLocker locker(&mutex);
+    return info.fileName();
+}
+
+QString LocalFileInfo::baseName() const
+{
+    QMutexLocker locker(&mutex);
+    return info.baseName();
+}
+
+QString LocalFileInfo::suffix() const
+{
+    QMutexLocker locker(&mutex);
+    return info.suffix();
+}
+
+QString LocalFileInfo::displayName() const
+{
+    QMutexLocker locker(&mutex);
+    const QString name = info.fileName();
+    return name.isEmpty() ? info.absoluteFilePath() : name;
+}
+
+QString LocalFileInfo::absoluteFilePath() const
+{
+    QMutexLocker locker(&mutex);
+    return info.filePath().isEmpty() ? QString() : info.absoluteFilePath();
+}
+
+QString LocalFileInfo::absolutePath() const
+{
+    QMutexLocker locker(&mutex);
+    return info.filePath().isEmpty() ? QString() : info.absolutePath();
+}
+
+qint64 LocalFileInfo::size() const
+{
+    QMutexLocker locker(&mutex);
+    return info.size();
+}
+
+QDateTime LocalFileInfo::lastModified() const
+{
+    QMutexLocker locker(&mutex);
+    return info.lastModified();
+}
+
+QDateTime LocalFileInfo::lastRead() const
+{
+    QMutexLocker locker(&mutex);
+    return info.lastRead();
+}
+
+QDateTime LocalFileInfo::birthTime() const
+{
+    QMutexLocker locker(&mutex);
+    return info.birthTime();
+}
+
+bool LocalFileInfo::isFile() const
+{
+    QMutexLocker locker(&mutex);
+    return info.isFile();
+}
+
+bool LocalFileInfo::isDir() const
+{
+    QMutexLocker locker(&mutex);
+    return info.isDir();
+}
+
+bool LocalFileInfo::isSymLink() const
+{
+    QMutexLocker locker(&mutex);
+    return info.isSymLink();
+}
+
+bool LocalFileInfo::isHidden() const
+{
+    QMutexLocker locker(&mutex);
+    return !info.filePath().isEmpty() && info.isHidden();
+}
+
+bool LocalFileInfo::isReadable() const
+{
+    QMutexLocker locker(&mutex);
+    return info.isReadable();
+}
+
+bool LocalFileInfo::isWritable() const
+{
+    QMutexLocker locker(&mutex);
+    return info.isWritable();
+}
+
+bool LocalFileInfo::isExecutable() const
+{
+    QMutexLocker locker(&mutex);
+    return info.isExecutable();
+}
+
+QFileDevice::Permissions LocalFileInfo::permissions() const
+{
+    QMutexLocker locker(&mutex);
+    return info.permissions();
+}
+
+QString LocalFileInfo::owner() const
+{
+    QMutexLocker locker(&mutex);
+    return info.owner();
+}
+
+QMimeType LocalFileInfo::mimeType() const
+{
+    QMutexLocker locker(&mutex);
+    if (!mimeKnown) {
+        if (!info.filePath().isEmpty())
+            mime = QMimeDatabase().mimeTypeForFile(info);
+        mimeKnown = true;
+    }
+    return mime;
+}
+
+QString LocalFileInfo::fallbackIconName(const QFileInfo &info)
+{
+    if (info.isDir())
+        return QStringLiteral("folder");
+    if (info.isFile())
+        return QStringLiteral("text-x-generic");
+    return QStringLiteral("unknown");
+}
+
+QIcon LocalFileInfo::fileIcon() const
+{
+    const QMimeType type = mimeType();
+    QMutexLocker locker(&mutex);
+    if (!iconKnown) {
+        if (type.isValid() && QIcon::hasThemeIcon(type.iconName()))
+            icon = QIcon::fromTheme(type.iconName());
+        else if (type.isValid() && QIcon::hasThemeIcon(type.genericIconName()))
+            icon = QIcon::fromTheme(type.genericIconName());
+        else
+            icon = QIcon::fromTheme(fallbackIconName(info));
+        iconKnown = true;
+    }
+    return icon;
+}
+
+int LocalFileInfo::countChildFile() const
+{
+    QMutexLocker locker(&mutex);
+    if (info.filePath().isEmpty() || !info.isDir())
+        return -1;
+    return QDir(info.absoluteFilePath())
+        .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System)
+        .size();
+}
+
+bool LocalFileInfo::parentWritable() const
+{
+    if (info.filePath().isEmpty() || info.isRoot())
+        return false;
+    return QFileInfo(info.absolutePath()).isWritable();
+}
+
+bool LocalFileInfo::canAttributes(FileCanType type) const
+{
+    QMutexLocker locker(&mutex);
+    if (info.filePath().isEmpty())
+        return false;
+    switch (type) {
+    case FileCanType::kCanDelete:
+    case FileCanType::kCanTrash:
+    case FileCanType::kCanRename:
+    case FileCanType::kCanHidden:
+        return (info.exists() || info.isSymLink()) && parentWritable();
+    case FileCanType::kCanRedirectionFileUrl:
+        return false;
+    case FileCanType::kCanDrop:
+        return info.isDir() && info.isWritable();
+    case FileCanType::kCanDrag:
+        return info.exists() && info.isReadable();
+    }
+    return false;
+}
+
+}   // namespace hfmio

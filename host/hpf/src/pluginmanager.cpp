@@ -179,22 +179,20 @@ void PluginManager::setBlackList(const QStringList &names)
 
 bool PluginManager::readPlugins()
 {
-    QSet<QString> known;
-    for (const PluginMetaObjectPointer &meta : qAsConst(m_plugins))
-        known.insert(meta->fileName());
-
     for (const QString &path : qAsConst(m_paths)) {
         const QDir dir(path);
         if (!dir.exists()) {
-            qCInfo(logHpf).noquote() << "LifeCycle::readPlugins: no plug-in folder" << path;
+            qCDebug(logHpf).noquote() << "LifeCycle::readPlugins: no plug-in folder" << path;
             continue;
         }
         const QFileInfoList files = dir.entryInfoList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
         for (const QFileInfo &file : files) {
             const QString filePath = file.canonicalFilePath();
-            if (filePath.isEmpty() || known.contains(filePath) || !QLibrary::isLibrary(filePath))
+            // Each library is judged once, so a second read neither
+            // duplicates plug-ins nor repeats refusals.
+            if (filePath.isEmpty() || m_seen.contains(filePath) || !QLibrary::isLibrary(filePath))
                 continue;
-            known.insert(filePath);
+            m_seen.insert(filePath);
             PluginMetaObjectPointer meta = readOne(filePath);
             if (meta)
                 m_plugins.append(meta);

@@ -3,6 +3,7 @@
 
 #include <hpf/pluginmetaobject.h>
 
+#include <QSet>
 #include <QStringList>
 
 namespace hpf {
@@ -38,6 +39,7 @@ private:
     QStringList m_paths;
     QStringList m_blackList;
     QList<PluginMetaObjectPointer> m_plugins;
+    QSet<QString> m_seen;
 };
 
 }   // namespace hpf

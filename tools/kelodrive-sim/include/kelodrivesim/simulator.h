@@ -176,6 +176,8 @@ public:
     // fills error for an unknown or malformed command. "quit" emits quitRequested().
     bool execute(const QString &commandLine, QString *error = nullptr);
     static QStringList commandHelp();
+    // A snapshot of the whole state as JSON (port, peers, root, flags, counts...).
+    QJsonObject describe() const;
 
     // --- Counters --------------------------------------------------------------------------
     int connectionCount() const;   // peers connected now

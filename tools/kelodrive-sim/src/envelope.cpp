@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "envelope.h"
+
+#include "framereader.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonParseError>
+#include <QUuid>
+
+namespace kelodrive {
+namespace envelope {
+
+QString newKey()
+{
+    QString key = QUuid::createUuid().toString();
+    key.chop(1);
+    return key;
+}
+
+QJsonObject body(const QString &method, const QJsonValue &data, const QString &key)
+{
+    QJsonObject b;
+    b.insert(QLatin1String("from"), QLatin1String("server"));
+    b.insert(QLatin1String("to"), QLatin1String("client"));
+    b.insert(QLatin1String("method"), method);
+    b.insert(QLatin1String("data"), data);
+    b.insert(QLatin1String("version"), 1);
+    b.insert(QLatin1String("key"), key);
+    b.insert(QLatin1String("timestamp"), QDateTime::currentMSecsSinceEpoch());
+    return b;
+}
+
+QByteArray encode(const QString &type, const QJsonObject &body, bool indented)
+{
+    QJsonObject env;
+    env.insert(QLatin1String("type"), type);
+    env.insert(QLatin1String("data"), body);
+    return FrameReader::frame(QJsonDocument(env).toJson(indented ? QJsonDocument::Indented : QJsonDocument::Compact));
+}
+
+QByteArray ping(const QString &method, const QJsonValue &data, bool indented)
+{
+    return encode(QStringLiteral("ping"), body(method, data, newKey()), indented);
+}
+
+QByteArray notification(const QString &name, const QJsonValue &args, bool indented)
+{
+    QJsonObject data;
+    data.insert(QLatin1String("type"), name);
+    data.insert(QLatin1String("args"), args);
+    return ping(QStringLiteral("notify"), data, indented);
+}
+
+QByteArray response(const QString &method, const QString &key, int code, const QJsonValue &result, bool indented)
+{
+    QJsonObject data;
+    data.insert(QLatin1String("code"), code);
+    data.insert(QLatin1String("result"), result);
+    return encode(QStringLiteral("pong"), body(method, data, key), indented);
+}
+
+Incoming parse(const QByteArray &frame)
+{
+    Incoming in;
+    if (frame.trimmed().isEmpty()) {
+        in.error = QStringLiteral("empty frame");
+        return in;
+    }
+    QJsonParseError err;
+    const QJsonDocument doc = QJsonDocument::fromJson(frame, &err);
+    if (err.error != QJsonParseError::NoError) {
+        in.error = QStringLiteral("not JSON (%1 at offset %2)").arg(err.errorString()).arg(err.offset);
+        return in;
+    }
+    if (!doc.isObject()) {
+        in.error = QStringLiteral("not a JSON object");
+        return in;
+    }
+    in.message = doc.object();
+    const QJsonValue type = in.message.value(QLatin1String("type"));
+    in.type = type.toString();
+    if (in.type != QLatin1String("ping") && in.type != QLatin1String("pong")) {
+        in.error = QStringLiteral("\"type\" is neither \"ping\" nor \"pong\"");
+        return in;
+    }
+    const QJsonValue data = in.message.value(QLatin1String("data"));
+    if (!data.isObject() || data.toObject().isEmpty()) {
+        in.error = QStringLiteral("\"data\" is not a non-empty object");
+        return in;
+    }
+    in.body = data.toObject();
+    in.method = in.body.value(QLatin1String("method")).toString();
+    if (in.method.isEmpty()) {
+        in.error = QStringLiteral("no \"method\"");
+        return in;
+    }
+    in.key = in.body.value(QLatin1String("key")).toString();
+    in.ok = true;
+    return in;
+}
+
+}   // namespace envelope
+}   // namespace kelodrive

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+
+namespace kelodrive {
+
+// The JSON wrapper of every message: {"type": "ping"|"pong", "data": body}.
+namespace envelope {
+
+// A fresh request key: a braced UUID without its closing brace (37 characters).
+QString newKey();
+
+// The body the simulator sends, "from" the server "to" the client.
+QJsonObject body(const QString &method, const QJsonValue &data, const QString &key);
+
+// The serialised envelope, framed (ends with 0x0C).
+QByteArray encode(const QString &type, const QJsonObject &body, bool indented);
+QByteArray ping(const QString &method, const QJsonValue &data, bool indented);
+QByteArray notification(const QString &name, const QJsonValue &args, bool indented);
+QByteArray response(const QString &method, const QString &key, int code, const QJsonValue &result, bool indented);
+
+// What a peer sent; ok is false with a reason when the frame cannot be used.
+struct Incoming
+{
+    bool ok = false;
+    QString error;
+    QJsonObject message;   // the whole envelope
+    QString type;   // "ping" or "pong"
+    QJsonObject body;   // "data" of the envelope
+    QString method;
+    QString key;
+};
+Incoming parse(const QByteArray &frame);
+
+}   // namespace envelope
+}   // namespace kelodrive

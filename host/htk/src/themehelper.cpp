@@ -21,6 +21,8 @@ ThemeHelper::ThemeType typeFromPalette()
 
 ThemeHelper::ThemeHelper() : m_type(typeFromPalette())
 {
+    // Queued connections and spies look the signal's argument up by name.
+    qRegisterMetaType<ThemeType>("htk::ThemeHelper::ThemeType");
     if (QCoreApplication *app = QCoreApplication::instance())
         app->installEventFilter(this);
 }

@@ -10,10 +10,7 @@ class RecordingPlugin : public hpf::Plugin
 {
 public:
     RecordingPlugin(const char *name, bool startResult)
-        : m_name(QString::fromUtf8(name))
-        , m_startResult(startResult)
-    {
-    }
+        : m_name(QString::fromUtf8(name)), m_startResult(startResult) { }
 
     void initialize() override { record(QStringLiteral("init:")); }
     bool start() override

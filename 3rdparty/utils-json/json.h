@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QStringList>
+
+class JsonPrivate;
+
+// A JSON object document addressed by dotted paths ("a.b.c"): typed getters
+// with defaults, set and remove, compact or indented output. Not thread-safe;
+// every call is synchronous (only the file constructor and save() touch disk).
+// A key that itself contains a dot cannot be addressed.
+class Json
+{
+public:
+    // With fromFile the argument is a file path, otherwise the JSON text.
+    // An empty text gives an empty, valid object.
+    explicit Json(const QString &jsonOrFilePath = QString(), bool fromFile = false);
+    ~Json();
+    Json(const Json &) = delete;
+    Json &operator=(const Json &) = delete;
+
+    // False when the file could not be read or the text did not parse.
+    bool isValid() const;
+    // Why isValid() is false; empty otherwise.
+    QString errorString() const;
+
+    // The value at path, looked up in `from`, or in the root when `from` is empty.
+    QJsonValue getJsonValue(const QString &path, const QJsonObject &from = QJsonObject()) const;
+    int getInt(const QString &path, int def = 0, const QJsonObject &from = QJsonObject()) const;
+    bool getBool(const QString &path, bool def = false, const QJsonObject &from = QJsonObject()) const;
+    double getDouble(const QString &path, double def = 0.0, const QJsonObject &from = QJsonObject()) const;
+    QString getString(
+        const QString &path, const QString &def = QString(), const QJsonObject &from = QJsonObject()) const;
+    QJsonObject getJsonObject(const QString &path, const QJsonObject &from = QJsonObject()) const;
+    // With path "." or empty and no `from`: the top-level array of an array document.
+    QJsonArray getJsonArray(const QString &path, const QJsonObject &from = QJsonObject()) const;
+    QStringList getStringList(const QString &path, const QJsonObject &from = QJsonObject()) const;
+
+    // Missing or non-object intermediate values become empty objects.
+    void set(const QString &path, const QJsonValue &value);
+    void set(const QString &path, const QStringList &list);
+    // Removes the last key of path; does nothing when the way there is missing.
+    void remove(const QString &path);
+
+    QString toString(bool pretty = false) const;
+    // Writes toString(pretty) to path, replacing the file; false when it cannot be written.
+    bool save(const QString &path, bool pretty = false) const;
+
+private:
+    JsonPrivate *d;
+};

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tcpclient.h"
+
+#include "nubixglobal.h"
+
+#include <QMetaObject>
+#include <QTcpSocket>
+
+namespace hfmplugin_nubix {
+
+TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
+{
+    qRegisterMetaType<QAbstractSocket::SocketError>("QAbstractSocket::SocketError");
+    nubixInfo() << "TcpClient: Initializing";
+
+    socket = new QTcpSocket;
+    socket->moveToThread(&thread);
+
+    connect(&thread, &QThread::finished, socket, &QObject::deleteLater);
+    // The socket is read in its own thread; only the bytes travel to ours,
+    // where they are cut into messages.
+    QTcpSocket *const reader = socket;
+    connect(socket, &QTcpSocket::readyRead, socket, [this, reader] {
+        const QByteArray chunk = reader->readAll();
+        QMetaObject::invokeMethod(
+            this, [this, chunk] { onReadyRead(chunk); }, Qt::QueuedConnection);
+    });
+    connect(socket, &QTcpSocket::connected, this, &TcpClient::onConnected);
+    connect(socket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected);
+    connect(socket, &QTcpSocket::errorOccurred, this, &TcpClient::onError);
+
+    thread.start(QThread::InheritPriority);
+    nubixInfo() << "TcpClient: Initialization complete, thread started";
+}
+
+TcpClient::~TcpClient()
+{
+    nubixInfo() << "TcpClient: Destroying";
+    thread.quit();
+    thread.wait();
+    nubixInfo() << "TcpClient: Thread stopped, destruction complete";
+}
+
+void TcpClient::connectToServer(const QString &host, quint16 port)
+{
+    nubixInfo() << "TcpClient: Connecting to server" << host << port;
+    QTcpSocket *const target = socket;
+    QMetaObject::invokeMethod(
+        socket,
+        [target, host, port] {
+            target->connectToHost(host, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+        },
+        Qt::QueuedConnection);
+}
+
+void TcpClient::sendMessage(const QString &message)
+{
+    nubixDebug() << "TcpClient: Sending message:" << message;
+    QTcpSocket *const target = socket;
+    QMetaObject::invokeMethod(
+        socket,
+        [target, message] {
+            QByteArray data = message.toUtf8();
+            data.append(FrameSplitter::kDelimiter);
+            const qint64 written = target->write(data);
+            nubixDebug() << "TcpClient: Sent" << written << "bytes" << target->error();
+        },
+        Qt::QueuedConnection);
+}
+
+void TcpClient::onConnected()
+{
+    nubixInfo() << "TcpClient: Connected to server";
+    Q_EMIT connected();
+}
+
+void TcpClient::onDisconnected()
+{
+    nubixInfo() << "TcpClient: Disconnected from server";
+    Q_EMIT disconnected();
+}
+
+void TcpClient::onError(QAbstractSocket::SocketError error)
+{
+    nubixWarning() << "TcpClient: Error occurred:" << error;
+    Q_EMIT errorOccured(error);
+}
+
+void TcpClient::onReadyRead(const QByteArray &chunk)
+{
+    nubixDebug() << "TcpClient: Received raw data:" << chunk;
+    const QStringList messages = buffer.feed(chunk);
+    for (const QString &message : messages) {
+        nubixDebug() << "TcpClient: Parsed complete message:" << message;
+        Q_EMIT messageReceived(message);
+    }
+}
+
+}   // namespace hfmplugin_nubix

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "framesplitter.h"
+
+#include <QAbstractSocket>
+#include <QObject>
+#include <QThread>
+
+class QTcpSocket;
+
+namespace hfmplugin_nubix {
+
+// One TCP connection to the sync client, carrying text messages each ended by
+// a form feed. The socket lives in a worker thread owned by this object; the
+// public calls only queue work to it and never block. Signals are emitted in
+// the thread of this object (the GUI thread), one messageReceived per
+// complete message, in order.
+class TcpClient : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(TcpClient)
+public:
+    explicit TcpClient(QObject *parent = nullptr);
+    ~TcpClient() override;
+
+    // Starts a connection; the socket is neither checked nor reset first.
+    void connectToServer(const QString &host, quint16 port);
+    // Sends the UTF-8 text followed by the delimiter; failures show only in the debug log.
+    void sendMessage(const QString &message);
+
+Q_SIGNALS:
+    void messageReceived(const QString &message);
+    void connected();
+    void disconnected();
+    void errorOccured(QAbstractSocket::SocketError error);
+
+private Q_SLOTS:
+    void onConnected();
+    void onDisconnected();
+    void onError(QAbstractSocket::SocketError error);
+    void onReadyRead(const QByteArray &chunk);
+
+private:
+    QThread thread;
+    QTcpSocket *socket = nullptr;
+    FrameSplitter buffer;
+};
+
+}   // namespace hfmplugin_nubix

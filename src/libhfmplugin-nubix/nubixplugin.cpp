@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "nubixplugin.h"
+
+#include "events/eventshandler.h"
+#include "ipc/nubixmessagehandler.h"
+
+#include <hfmbase/filemanagerwindow.h>
+#include <hfmbase/filemanagerwindowsmanager.h>
+#include <hfmbase/urlroute.h>
+#include <hpf/lifecycle.h>
+#include <hpf/listener.h>
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QIcon>
+#include <QLocale>
+#include <QProcess>
+#include <QTranslator>
+
+namespace hfmplugin_nubix {
+
+namespace {
+const QString kMinHostVersion = QStringLiteral("6.0.49.25");
+const QString kTranslationsDir = QStringLiteral("/usr/share/sablo-nubix/translations");
+constexpr int kVersionCommandTimeout = 30000;
+}   // namespace
+
+bool isHostTooOld(const QString &version)
+{
+    return version.compare(kMinHostVersion, Qt::CaseSensitive) < 0;
+}
+
+QString getHfmVersion()
+{
+    QProcess process;
+    process.start(QStringLiteral("bash"),
+        {QStringLiteral("-c"), QStringLiteral("hde-file-manager -v | grep '^hde-file-manager' | awk '{print $2}'")});
+    if (!process.waitForStarted(kVersionCommandTimeout)) {
+        nubixDebug() << "cannot start process!";
+        return QString();
+    }
+    if (!process.waitForFinished(kVersionCommandTimeout)) {
+        nubixDebug() << "process execute timeout.";
+        process.kill();
+        process.waitForFinished();
+        return QString();
+    }
+    const QByteArray output = process.readAllStandardOutput();
+    if (output.isNull())
+        return QString();
+    const QString version = QString::fromUtf8(output).trimmed();
+    nubixDebug() << "hde-file-manager version:" << version;
+    return version;
+}
+
+NubixPlugin::NubixPlugin(QObject *parent) : hpf::Plugin(parent) { }
+
+NubixPlugin::~NubixPlugin() = default;
+
+void NubixPlugin::initialize()
+{
+    // Made before the gate so that a too old host loses the sidebar item in every new window.
+    connect(&hfmbase::FileManagerWindowsManager::instance(), &hfmbase::FileManagerWindowsManager::windowOpened, this,
+        &NubixPlugin::onWindowOpened, Qt::DirectConnection);
+
+    hfmVersion = getHfmVersion();
+    if (isHostTooOld(hfmVersion)) {
+        nubixWarning() << "The Nubix plugin cannot run on File Manager because the File Manager version is lower "
+                          "than 6.0.49.25";
+        return;
+    }
+
+    const QIcon icon = QIcon::fromTheme(
+        QStringLiteral("nubix-harddisk-symbolic"), QIcon::fromTheme(QStringLiteral("fbnubix-symbolic")));
+    // A second registration is refused by the host with its own message; nothing to do about it here.
+    hfmbase::UrlRoute::regScheme(Schemes::kNubix, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
+    hfmbase::UrlRoute::regScheme(Schemes::kNubixLogin, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
+
+    // Next, in this order: the welcome view for "nubix-login"; the file info,
+    // directory iterator and watcher for "nubix" (with the host's info and
+    // watcher caches off for it); the computer-view entry; then EventsHandler
+    // installs its event filters and subscriptions. Each is added together
+    // with its class.
+
+    auto *translator = new QTranslator(this);
+    translator->load(QLocale(), QStringLiteral("hfmplugin-nubix"), QStringLiteral("_"), kTranslationsDir);
+    QCoreApplication::installTranslator(translator);
+}
+
+bool NubixPlugin::start()
+{
+    if (isHostTooOld(hfmVersion)) {
+        EventsHandler::instance()->removeSidebarItem();
+        return false;
+    }
+
+    // The registrations with the workspace, computer, sidebar, emblem and
+    // titlebar plug-ins go here, each through doRegStuff, as EventsHandler
+    // gains them.
+
+    NubixMessageHandler::instance();
+
+    // Then: the status cache's signals to the sidebar and to the choice
+    // between tree and welcome page, and the first connection attempt.
+
+    qApp->installEventFilter(this);
+    return true;
+}
+
+bool NubixPlugin::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched && event && event->type() == QEvent::Show
+        && qstrcmp(watched->metaObject()->className(), "hfmbase::FileManagerWindow") == 0) {
+        nubixDebug() << "window showed, try connect to nubix server.";
+        // Every show retries; whether a connection is already up is decided by the connection attempt.
+    }
+    return false;
+}
+
+void NubixPlugin::doRegStuff(const QString &pluginName, std::function<void()> func)
+{
+    if (!func)
+        return;
+
+    const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(pluginName);
+    if (meta && meta->pluginState() == hpf::PluginMetaObject::kStarted) {
+        func();
+        return;
+    }
+
+    connect(
+        hpf::Listener::instance(), &hpf::Listener::pluginStarted, this,
+        [pluginName, func](const QString &, const QString &name) {
+            if (name == pluginName)
+                func();
+        },
+        Qt::DirectConnection);
+}
+
+void NubixPlugin::onWindowOpened(quint64 windowId)
+{
+    hfmbase::FileManagerWindow *window = hfmbase::FileManagerWindowsManager::instance().findWindowById(windowId);
+    if (!window)
+        return;
+
+    if (window->sideBar()) {
+        refreshSidebarItem();
+        return;
+    }
+    connect(window, &hfmbase::FileManagerWindow::sideBarInstallFinished, this, &NubixPlugin::refreshSidebarItem,
+        Qt::DirectConnection);
+}
+
+void NubixPlugin::refreshSidebarItem()
+{
+    if (isHostTooOld(hfmVersion)) {
+        EventsHandler::instance()->removeSidebarItem();
+        return;
+    }
+    // A supported host gets its item refreshed here once EventsHandler updates sidebar items.
+}
+
+}   // namespace hfmplugin_nubix

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "json.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+QString text(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+QJsonObject object(const char *utf8)
+{
+    return QJsonDocument::fromJson(utf8).object();
+}
+}   // namespace
+
+class TestJson : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void readsTypedValues_data();
+    void readsTypedValues();
+    void readsFromStartObject();
+    void readsArrays_data();
+    void readsArrays();
+    void setsByPath_data();
+    void setsByPath();
+    void removesByPath_data();
+    void removesByPath();
+    void reportsParseErrors_data();
+    void reportsParseErrors();
+    void emptyTextIsEmptyObject();
+    void writesCompactAndIndented();
+    void savesAndLoadsFile();
+    void reportsUnreadableFile();
+    void saveFailsOnUnwritablePath();
+};
+
+void TestJson::readsTypedValues_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("intValue");
+    QTest::addColumn<bool>("boolValue");
+    QTest::addColumn<double>("doubleValue");
+    QTest::addColumn<QString>("stringValue");
+
+    // Defaults used below: int 7, bool true, double 2.5, string "def".
+    QTest::newRow("nested number") << text("{\"a\":{\"b\":3}}") << text("a.b") << 3 << true << 3.0 << text("def");
+    QTest::newRow("intermediate is a number") << text("{\"a\":3}") << text("a.b") << 7 << true << 2.5 << text("def");
+    QTest::newRow("missing key") << text("{\"a\":{}}") << text("a.b") << 7 << true << 2.5 << text("def");
+    QTest::newRow("missing intermediate")
+        << text("{\"x\":{\"b\":1}}") << text("a.b") << 7 << true << 2.5 << text("def");
+    QTest::newRow("top-level string") << text("{\"s\":\"hi\"}") << text("s") << 7 << true << 2.5 << text("hi");
+    QTest::newRow("false flag") << text("{\"f\":false}") << text("f") << 7 << false << 2.5 << text("def");
+    QTest::newRow("fraction") << text("{\"d\":{\"e\":{\"f\":1.25}}}") << text("d.e.f") << 7 << true << 1.25
+                              << text("def");
+    QTest::newRow("key with a dot cannot be addressed")
+        << text("{\"a.b\":5}") << text("a.b") << 7 << true << 2.5 << text("def");
+    QTest::newRow("empty path") << text("{\"\":5}") << QString() << 5 << true << 5.0 << text("def");
+    QTest::newRow("string is not a number") << text("{\"n\":\"12\"}") << text("n") << 7 << true << 2.5 << text("12");
+}
+
+void TestJson::readsTypedValues()
+{
+    QFETCH(QString, document);
+    QFETCH(QString, path);
+
+    const Json json(document);
+    QVERIFY(json.isValid());
+    QTEST(json.getInt(path, 7), "intValue");
+    QTEST(json.getBool(path, true), "boolValue");
+    QTEST(json.getDouble(path, 2.5), "doubleValue");
+    QTEST(json.getString(path, text("def")), "stringValue");
+}
+
+void TestJson::readsFromStartObject()
+{
+    const Json json(text("{\"a\":{\"b\":1},\"c\":{\"b\":2}}"));
+    const QJsonObject start = json.getJsonObject(text("c"));
+    QCOMPARE(json.getInt(text("b"), 0, start), 2);
+    QCOMPARE(json.getInt(text("a.b"), 0, start), 0);
+    QCOMPARE(json.getJsonValue(text("a.b")).toInt(), 1);
+    // An empty start object means the root.
+    QCOMPARE(json.getInt(text("a.b"), 0, QJsonObject()), 1);
+}
+
+void TestJson::readsArrays_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QStringList>("strings");
+    QTest::addColumn<int>("size");
+
+    QTest::newRow("array member") << text("{\"l\":[\"x\",\"y\"]}") << text("l") << QStringList {text("x"), text("y")}
+                                  << 2;
+    QTest::newRow("nested array member") << text("{\"a\":{\"l\":[\"x\"]}}") << text("a.l") << QStringList {text("x")}
+                                         << 1;
+    QTest::newRow("top-level array by dot")
+        << text("[\"p\",\"q\",\"r\"]") << text(".") << QStringList {text("p"), text("q"), text("r")} << 3;
+    QTest::newRow("top-level array by empty path") << text("[\"p\"]") << QString() << QStringList {text("p")} << 1;
+    QTest::newRow("non-strings become empty")
+        << text("{\"l\":[1,\"s\",true]}") << text("l") << QStringList {QString(), text("s"), QString()} << 3;
+    QTest::newRow("not an array") << text("{\"l\":\"x\"}") << text("l") << QStringList() << 0;
+    QTest::newRow("object document by dot") << text("{\"l\":[1]}") << text(".") << QStringList() << 0;
+}
+
+void TestJson::readsArrays()
+{
+    QFETCH(QString, document);
+    QFETCH(QString, path);
+
+    const Json json(document);
+    QVERIFY(json.isValid());
+    QTEST(json.getStringList(path), "strings");
+    QTEST(json.getJsonArray(path).size(), "size");
+}
+
+void TestJson::setsByPath_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QJsonValue>("value");
+    QTest::addColumn<QJsonObject>("expected");
+
+    QTest::newRow("creates nested objects")
+        << text("{}") << text("x.y.z") << QJsonValue(1) << object("{\"x\":{\"y\":{\"z\":1}}}");
+    QTest::newRow("replaces a number on the way")
+        << text("{\"x\":5}") << text("x.y") << QJsonValue(true) << object("{\"x\":{\"y\":true}}");
+    QTest::newRow("keeps siblings") << text("{\"x\":{\"a\":1},\"b\":2}") << text("x.c") << QJsonValue(text("s"))
+                                    << object("{\"x\":{\"a\":1,\"c\":\"s\"},\"b\":2}");
+    QTest::newRow("overwrites a leaf") << text("{\"x\":{\"a\":1}}") << text("x.a") << QJsonValue(2)
+                                       << object("{\"x\":{\"a\":2}}");
+    QTest::newRow("top-level key") << text("{}") << text("k") << QJsonValue(QJsonArray {1, 2})
+                                   << object("{\"k\":[1,2]}");
+}
+
+void TestJson::setsByPath()
+{
+    QFETCH(QString, document);
+    QFETCH(QString, path);
+    QFETCH(QJsonValue, value);
+    QFETCH(QJsonObject, expected);
+
+    Json json(document);
+    json.set(path, value);
+    QCOMPARE(object(json.toString().toUtf8()), expected);
+    QCOMPARE(json.getJsonValue(path), value);
+}
+
+void TestJson::removesByPath_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QJsonObject>("expected");
+
+    QTest::newRow("nested leaf") << text("{\"a\":{\"b\":1,\"c\":2}}") << text("a.b") << object("{\"a\":{\"c\":2}}");
+    QTest::newRow("top-level key") << text("{\"a\":1,\"b\":2}") << text("a") << object("{\"b\":2}");
+    QTest::newRow("deep leaf") << text("{\"a\":{\"b\":{\"c\":1}}}") << text("a.b.c") << object("{\"a\":{\"b\":{}}}");
+    QTest::newRow("missing leaf") << text("{\"a\":{\"b\":1}}") << text("a.x") << object("{\"a\":{\"b\":1}}");
+    QTest::newRow("missing way creates nothing") << text("{\"a\":1}") << text("x.y") << object("{\"a\":1}");
+    QTest::newRow("number on the way is kept") << text("{\"a\":3}") << text("a.b") << object("{\"a\":3}");
+}
+
+void TestJson::removesByPath()
+{
+    QFETCH(QString, document);
+    QFETCH(QString, path);
+    QFETCH(QJsonObject, expected);
+
+    Json json(document);
+    json.remove(path);
+    QCOMPARE(object(json.toString().toUtf8()), expected);
+}
+
+void TestJson::reportsParseErrors_data()
+{
+    QTest::addColumn<QString>("document");
+
+    QTest::newRow("not json") << text("hello");
+    QTest::newRow("missing value") << text("{\"a\":}");
+    QTest::newRow("unterminated object") << text("{\"a\":1");
+    QTest::newRow("trailing garbage") << text("{\"a\":1} x");
+}
+
+void TestJson::reportsParseErrors()
+{
+    QFETCH(QString, document);
+
+    QJsonParseError parserError;
+    QJsonDocument::fromJson(document.toUtf8(), &parserError);
+
+    const Json json(document);
+    QVERIFY(!json.isValid());
+    const QStringList lines = json.errorString().split(QLatin1Char('\n'));
+    QCOMPARE(lines.size(), 2);
+    QCOMPARE(lines.at(0), parserError.errorString());
+    QCOMPARE(lines.at(1), QStringLiteral("Offset: %1").arg(parserError.offset));
+    // A failed document still answers with defaults.
+    QCOMPARE(json.getInt(text("a"), 9), 9);
+    QCOMPARE(json.toString(), text("{}"));
+}
+
+void TestJson::emptyTextIsEmptyObject()
+{
+    Json json;
+    QVERIFY(json.isValid());
+    QVERIFY(json.errorString().isEmpty());
+    json.set(text("a.b"), QStringList {text("x"), text("y")});
+    QCOMPARE(json.getStringList(text("a.b")), (QStringList {text("x"), text("y")}));
+}
+
+void TestJson::writesCompactAndIndented()
+{
+    const Json json(text("{\"b\":1,\"a\":{\"c\":true}}"));
+    QCOMPARE(json.toString(false), text("{\"a\":{\"c\":true},\"b\":1}"));
+    QCOMPARE(json.toString(true), text("{\n    \"a\": {\n        \"c\": true\n    },\n    \"b\": 1\n}\n"));
+}
+
+void TestJson::savesAndLoadsFile()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(text("doc.json"));
+    {
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write(QByteArray(4096, ' '));
+    }
+
+    Json json;
+    json.set(text("name"), QJsonValue(text("gr\u00fc\u00df")));
+    json.set(text("nested.count"), QJsonValue(4));
+    QVERIFY(json.save(path, true));
+
+    const Json loaded(path, true);
+    QVERIFY(loaded.isValid());
+    QCOMPARE(loaded.getString(text("name")), text("gr\u00fc\u00df"));
+    QCOMPARE(loaded.getInt(text("nested.count")), 4);
+    // The old, longer content is gone.
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), json.toString(true).toUtf8());
+}
+
+void TestJson::reportsUnreadableFile()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(text("missing.json"));
+    const Json json(path, true);
+    QVERIFY(!json.isValid());
+    QCOMPARE(json.errorString(), text("Cannot open the file: ") + path);
+    QCOMPARE(json.toString(), text("{}"));
+}
+
+void TestJson::saveFailsOnUnwritablePath()
+{
+    QTemporaryDir dir;
+    const Json json(text("{\"a\":1}"));
+    QVERIFY(!json.save(dir.filePath(text("no/such/dir/doc.json"))));
+    QVERIFY(!json.save(dir.path()));
+}
+
+QTEST_GUILESS_MAIN(TestJson)
+#include "tst_json.moc"

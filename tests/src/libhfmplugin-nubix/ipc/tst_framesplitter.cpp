@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ipc/framesplitter.h"
+
+#include "teststrings.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+using hfmplugin_nubix::FrameSplitter;
+
+using Chunks = QList<QByteArray>;
+
+class TestFrameSplitter : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void splitsStream_data();
+    void splitsStream();
+    void eachFeedReturnsWhatItCompleted();
+    void largeMessageOverManyReads();
+    void matchesReferenceForRandomChunking();
+};
+
+void TestFrameSplitter::splitsStream_data()
+{
+    QTest::addColumn<Chunks>("chunks");
+    QTest::addColumn<QStringList>("messages");
+    QTest::addColumn<QString>("pending");
+
+    QTest::newRow("one message") << Chunks {"a\f"} << utf8List({"a"}) << QString();
+    QTest::newRow("two messages in one read") << Chunks {"a\fb\f"} << utf8List({"a", "b"}) << QString();
+    QTest::newRow("message over many reads")
+        << Chunks {"{\"ty", "pe\":", "1}", "\f"} << utf8List({"{\"type\":1}"}) << QString();
+    QTest::newRow("read without delimiter keeps text") << Chunks {"abc"} << QStringList() << QStringLiteral("abc");
+    QTest::newRow("text after last delimiter waits")
+        << Chunks {"a\fbc", "d\fe"} << utf8List({"a", "bcd"}) << QStringLiteral("e");
+    QTest::newRow("empty message between delimiters") << Chunks {"a\f\fb\f"} << utf8List({"a", "", "b"}) << QString();
+    QTest::newRow("delimiter first") << Chunks {"\fa\f"} << utf8List({"", "a"}) << QString();
+    QTest::newRow("delimiters only") << Chunks {"\f", "\f\f"} << utf8List({"", "", ""}) << QString();
+    QTest::newRow("bytes after a zero byte dropped")
+        << Chunks {QByteArray("a\fb\0c\fd", 7), "e\f"} << utf8List({"a", "be"}) << QString();
+    QTest::newRow("zero byte first drops the read")
+        << Chunks {QByteArray("\0abc\f", 5), "x\f"} << utf8List({"x"}) << QString();
+    QTest::newRow("zero byte only affects its own read")
+        << Chunks {QByteArray("a\0\f", 3), "b\f"} << utf8List({"ab"}) << QString();
+    QTest::newRow("null read") << Chunks {QByteArray()} << QStringList() << QString();
+    QTest::newRow("empty read between parts") << Chunks {"a", "", "b\f"} << utf8List({"ab"}) << QString();
+    QTest::newRow("several reads each completing")
+        << Chunks {"a\fb", "\fc", "\f"} << utf8List({"a", "b", "c"}) << QString();
+    QTest::newRow("utf-8 whole in one read")
+        << Chunks {"h\xc3\xa9\f"} << QStringList {QStringLiteral("h\u00e9")} << QString();
+    // Each read is decoded on its own; a character split between two reads is not joined.
+    QTest::newRow("utf-8 split between reads")
+        << Chunks {"h\xc3", "\xa9\f"} << QStringList {QStringLiteral("h\ufffd\ufffd")} << QString();
+    QTest::newRow("form feed inside a multi-byte read")
+        << Chunks {"\xe2\x82\xac\f\xe2\x82\xac"} << QStringList {QStringLiteral("\u20ac")} << QStringLiteral("\u20ac");
+}
+
+void TestFrameSplitter::splitsStream()
+{
+    QFETCH(Chunks, chunks);
+    QFETCH(QStringList, messages);
+    QFETCH(QString, pending);
+
+    FrameSplitter splitter;
+    QStringList got;
+    for (const QByteArray &chunk : chunks)
+        got += splitter.feed(chunk);
+    QCOMPARE(got, messages);
+    QCOMPARE(splitter.pending(), pending);
+}
+
+void TestFrameSplitter::eachFeedReturnsWhatItCompleted()
+{
+    FrameSplitter splitter;
+    QCOMPARE(splitter.feed("first\fsec"), utf8List({"first"}));
+    QCOMPARE(splitter.feed("ond"), QStringList());
+    QCOMPARE(splitter.feed("\fthird\ffourth\f"), (utf8List({"second", "third", "fourth"})));
+    QCOMPARE(splitter.feed("\f"), utf8List({""}));
+    QVERIFY(splitter.pending().isEmpty());
+}
+
+void TestFrameSplitter::largeMessageOverManyReads()
+{
+    QByteArray message(3 * 1024 * 1024 + 17, 'x');
+    for (int i = 0; i < message.size(); i += 4093)
+        message[i] = char('a' + i % 26);
+    const QByteArray stream = message + "\fnext\f";
+
+    FrameSplitter splitter;
+    QStringList got;
+    for (int at = 0; at < stream.size(); at += 65536)
+        got += splitter.feed(stream.mid(at, 65536));
+    QCOMPARE(got.size(), 2);
+    QCOMPARE(got.at(0), QString::fromLatin1(message));
+    QCOMPARE(got.at(1), QStringLiteral("next"));
+}
+
+// Whatever the chunking, the messages are those of the decoded text cut at
+// every delimiter, and the rest waits.
+void TestFrameSplitter::matchesReferenceForRandomChunking()
+{
+    QRandomGenerator random(20240611);
+    const QByteArray alphabet("ab\f\xc3\xa9{}\":");
+    for (int round = 0; round < 200; ++round) {
+        QByteArray stream;
+        const int length = int(random.bounded(400));
+        for (int i = 0; i < length; ++i)
+            stream += alphabet.at(int(random.bounded(alphabet.size())));
+
+        FrameSplitter splitter;
+        QStringList got;
+        QString decoded;
+        for (int at = 0; at < stream.size();) {
+            const QByteArray chunk = stream.mid(at, 1 + int(random.bounded(40)));
+            at += chunk.size();
+            got += splitter.feed(chunk);
+            decoded += QString::fromUtf8(chunk);
+        }
+        QStringList expected = decoded.split(QLatin1Char('\f'));
+        const QString rest = expected.takeLast();
+        QCOMPARE(got, expected);
+        QCOMPARE(splitter.pending(), rest);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestFrameSplitter)
+#include "tst_framesplitter.moc"

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ipc/tcpclient.h"
+
+#include "localpeer.h"
+#include "messagelog.h"
+#include "teststrings.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+using hfmplugin_nubix::TcpClient;
+
+using Chunks = QList<QByteArray>;
+
+namespace {
+const QString kRawRead = QStringLiteral("TcpClient: Received raw data:");
+
+// A port on which nothing listens.
+quint16 closedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost);
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return port;
+}
+}   // namespace
+
+class TestTcpClient : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void connectsAndReportsDisconnection();
+    void reconnectsAfterDisconnection();
+    void refusedConnectionReportsError();
+    void receivesFramedMessages_data();
+    void receivesFramedMessages();
+    void messagesArriveInGuiThread();
+    void sendsFramedUtf8_data();
+    void sendsFramedUtf8();
+    void destroysWhileConnected();
+};
+
+void TestTcpClient::connectsAndReportsDisconnection()
+{
+    LocalPeer peer;
+    TcpClient client;
+    QSignalSpy connected(&client, &TcpClient::connected);
+    QSignalSpy disconnected(&client, &TcpClient::disconnected);
+
+    client.connectToServer(QStringLiteral("localhost"), peer.port());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 1);
+    QCOMPARE(disconnected.count(), 0);
+
+    peer.disconnectClient();
+    QTRY_COMPARE(disconnected.count(), 1);
+    QCOMPARE(connected.count(), 1);
+}
+
+void TestTcpClient::reconnectsAfterDisconnection()
+{
+    LocalPeer peer;
+    TcpClient client;
+    QSignalSpy connected(&client, &TcpClient::connected);
+    QSignalSpy disconnected(&client, &TcpClient::disconnected);
+    QSignalSpy received(&client, &TcpClient::messageReceived);
+
+    client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 1);
+    peer.disconnectClient();
+    QTRY_COMPARE(disconnected.count(), 1);
+
+    peer.socket = nullptr;
+    client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 2);
+    peer.write("again\f");
+    QTRY_COMPARE(received.count(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("again"));
+}
+
+void TestTcpClient::refusedConnectionReportsError()
+{
+    MessageLog log;
+    TcpClient client;
+    QSignalSpy errors(&client, &TcpClient::errorOccured);
+
+    client.connectToServer(QStringLiteral("127.0.0.1"), closedPort());
+    QTRY_COMPARE(errors.count(), 1);
+    QCOMPARE(errors.at(0).at(0).value<QAbstractSocket::SocketError>(), QAbstractSocket::ConnectionRefusedError);
+    QCOMPARE(log.problems(),
+        QStringList {QStringLiteral("TcpClient: Error occurred: QAbstractSocket::ConnectionRefusedError")});
+}
+
+void TestTcpClient::receivesFramedMessages_data()
+{
+    QTest::addColumn<Chunks>("writes");
+    QTest::addColumn<QStringList>("messages");
+
+    QTest::newRow("several messages in one read")
+        << Chunks {"{\"a\":1}\f{\"b\":2}\f{\"c\":3}\f"} << utf8List({"{\"a\":1}", "{\"b\":2}", "{\"c\":3}"});
+    QTest::newRow("one message over many reads")
+        << Chunks {"{", "\"type\"", ":", "\"ping\"", "}", "\f"} << utf8List({"{\"type\":\"ping\"}"});
+    QTest::newRow("read without delimiter emits nothing") << Chunks {"no end yet"} << QStringList();
+    QTest::newRow("rest of a read completes later") << Chunks {"one\ftw", "o\f"} << utf8List({"one", "two"});
+    QTest::newRow("bytes after a zero byte dropped")
+        << Chunks {QByteArray("kept\fpart\0lost\flost\f", 20), "ial\f"} << utf8List({"kept", "partial"});
+    QTest::newRow("empty message") << Chunks {"\f"} << utf8List({""});
+    QTest::newRow("utf-8 text") << Chunks {"gr\xc3\xbc\xc3\x9f\f"} << QStringList {QStringLiteral("gr\u00fc\u00df")};
+}
+
+void TestTcpClient::receivesFramedMessages()
+{
+    QFETCH(Chunks, writes);
+    QFETCH(QStringList, messages);
+
+    MessageLog log;
+    LocalPeer peer;
+    TcpClient client;
+    QSignalSpy connected(&client, &TcpClient::connected);
+    QSignalSpy received(&client, &TcpClient::messageReceived);
+    client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 1);
+
+    // Each write is waited for until the client has read it, so that every
+    // write is a read of its own.
+    for (int i = 0; i < writes.size(); ++i) {
+        peer.write(writes.at(i));
+        QTRY_VERIFY(log.count(QtDebugMsg, kRawRead) >= i + 1);
+    }
+    QTRY_COMPARE(received.count(), messages.size());
+    // Give stray signals a chance to show up before counting them.
+    peer.write("end\f");
+    QTRY_COMPARE(received.count(), messages.size() + 1);
+
+    QStringList got;
+    for (const QList<QVariant> &args : qAsConst(received))
+        got.append(args.at(0).toString());
+    QCOMPARE(got.mid(0, messages.size()), messages);
+    QVERIFY(log.problems().isEmpty());
+}
+
+void TestTcpClient::messagesArriveInGuiThread()
+{
+    LocalPeer peer;
+    TcpClient client;
+    QThread *seen = nullptr;
+    connect(
+        &client, &TcpClient::messageReceived, this, [&seen] { seen = QThread::currentThread(); }, Qt::DirectConnection);
+    client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    QVERIFY(peer.waitForClient());
+    peer.write("hello\f");
+    QTRY_VERIFY(seen != nullptr);
+    QCOMPARE(seen, QThread::currentThread());
+}
+
+void TestTcpClient::sendsFramedUtf8_data()
+{
+    QTest::addColumn<QStringList>("messages");
+    QTest::addColumn<QByteArray>("bytes");
+
+    QTest::newRow("single character") << utf8List({"x"}) << QByteArray("\x78\x0c");
+    QTest::newRow("empty message") << utf8List({""}) << QByteArray("\x0c");
+    QTest::newRow("non-ascii as utf-8") << QStringList {QStringLiteral("\u00e9\u20ac")}
+                                        << QByteArray("\xc3\xa9\xe2\x82\xac\x0c");
+    QTest::newRow("messages in order") << utf8List({"1", "22", "333"}) << QByteArray("1\f22\f333\f");
+    QTest::newRow("json envelope") << utf8List({"{\n    \"type\": \"ping\"\n}\n"})
+                                   << QByteArray("{\n    \"type\": \"ping\"\n}\n\f");
+}
+
+void TestTcpClient::sendsFramedUtf8()
+{
+    QFETCH(QStringList, messages);
+    QFETCH(QByteArray, bytes);
+
+    LocalPeer peer;
+    TcpClient client;
+    QSignalSpy connected(&client, &TcpClient::connected);
+    client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 1);
+
+    for (const QString &message : messages)
+        client.sendMessage(message);
+    QCOMPARE(peer.received(bytes.size()), bytes);
+    // Nothing more follows.
+    client.sendMessage(QStringLiteral("z"));
+    QCOMPARE(peer.received(bytes.size() + 2), bytes + "z\f");
+}
+
+void TestTcpClient::destroysWhileConnected()
+{
+    LocalPeer peer;
+    {
+        TcpClient client;
+        QSignalSpy connected(&client, &TcpClient::connected);
+        client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+        QVERIFY(peer.waitForClient());
+        QTRY_COMPARE(connected.count(), 1);
+        client.sendMessage(QStringLiteral("bye"));
+        peer.write("late\f");
+    }
+    // The worker closed the socket on its way out.
+    QTRY_COMPARE(peer.socket->state(), QAbstractSocket::UnconnectedState);
+}
+
+QTEST_GUILESS_MAIN(TestTcpClient)
+#include "tst_tcpclient.moc"

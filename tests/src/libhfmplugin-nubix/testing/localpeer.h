@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QPointer>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+
+// The far end of a connection on 127.0.0.1: listens, accepts one client and
+// collects what it sends. Runs in the test's thread; waiting helpers spin
+// the event loop.
+class LocalPeer
+{
+public:
+    LocalPeer() { server.listen(QHostAddress::LocalHost); }
+
+    quint16 port() const { return server.serverPort(); }
+
+    bool waitForClient()
+    {
+        if (!QTest::qWaitFor([this] { return server.hasPendingConnections() || socket; }))
+            return false;
+        if (!socket)
+            socket = server.nextPendingConnection();
+        return socket != nullptr;
+    }
+    // Writes one piece and pushes it out at once.
+    void write(const QByteArray &bytes)
+    {
+        socket->write(bytes);
+        socket->flush();
+    }
+    // Everything received so far, waiting until at least `size` bytes are there.
+    QByteArray received(int size = 0)
+    {
+        (void)QTest::qWaitFor([this, size] {
+            buffer += socket->readAll();
+            return buffer.size() >= size;
+        });
+        return buffer;
+    }
+    // The next frame the client sent, without its delimiter; empty on time-out.
+    QByteArray nextFrame()
+    {
+        (void)QTest::qWaitFor([this] {
+            buffer += socket->readAll();
+            return buffer.contains('\x0c');
+        });
+        const int end = buffer.indexOf('\x0c');
+        if (end < 0)
+            return QByteArray();
+        const QByteArray frame = buffer.left(end);
+        buffer.remove(0, end + 1);
+        return frame;
+    }
+    void disconnectClient() { socket->disconnectFromHost(); }
+
+    QTcpServer server;
+    QPointer<QTcpSocket> socket;
+    QByteArray buffer;
+};

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QMutex>
+#include <QMutexLocker>
+#include <QStringList>
+#include <QtGlobal>
+
+// Records every log line written while it exists (from any thread), so that
+// a test can assert the exact set of warnings some input produced, and wait
+// for a line the code under test writes. Lines are not printed.
+class MessageLog
+{
+public:
+    MessageLog()
+    {
+        current() = this;
+        previous = qInstallMessageHandler(&MessageLog::handler);
+    }
+    ~MessageLog()
+    {
+        qInstallMessageHandler(previous);
+        current() = nullptr;
+    }
+    Q_DISABLE_COPY(MessageLog)
+
+    QStringList lines(QtMsgType type) const
+    {
+        QMutexLocker lock(&mutex);
+        QStringList result;
+        for (const auto &entry : entries) {
+            if (entry.first == type)
+                result.append(entry.second);
+        }
+        return result;
+    }
+    // Warnings and worse: what "nothing else" is checked against.
+    QStringList problems() const { return lines(QtWarningMsg) + lines(QtCriticalMsg) + lines(QtFatalMsg); }
+    int count(QtMsgType type, const QString &prefix) const
+    {
+        int n = 0;
+        for (const QString &line : lines(type))
+            n += line.startsWith(prefix) ? 1 : 0;
+        return n;
+    }
+    void clear()
+    {
+        QMutexLocker lock(&mutex);
+        entries.clear();
+    }
+
+private:
+    static MessageLog *&current()
+    {
+        static MessageLog *log = nullptr;
+        return log;
+    }
+    static void handler(QtMsgType type, const QMessageLogContext &, const QString &text)
+    {
+        if (MessageLog *log = current()) {
+            QMutexLocker lock(&log->mutex);
+            log->entries.append({type, text});
+        }
+    }
+
+    mutable QMutex mutex;
+    QList<QPair<QtMsgType, QString>> entries;
+    QtMessageHandler previous = nullptr;
+};

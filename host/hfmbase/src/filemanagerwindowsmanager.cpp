@@ -6,6 +6,7 @@
 #include "hfmbaselog.h"
 
 #include <QEvent>
+#include <QGuiApplication>
 #include <QMap>
 #include <QPointer>
 #include <QSet>
@@ -103,7 +104,10 @@ void FileManagerWindowsManager::showWindow(FileManagerWindow *window)
         return;
     }
     window->show();
-    window->raise();
+    // Headless platforms cannot raise and would say so every time.
+    const QString platform = QGuiApplication::platformName();
+    if (platform != QLatin1String("offscreen") && platform != QLatin1String("minimal"))
+        window->raise();
     window->activateWindow();
     d->lastActive = id;
     if (!d->opened.contains(id)) {

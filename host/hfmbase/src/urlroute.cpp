@@ -164,7 +164,8 @@ QUrl UrlRoute::urlParent(const QUrl &url)
     if (parentPath.isEmpty())
         parentPath = QStringLiteral("/");
     // A URL below the root never climbs above it.
-    if (known && route.root != QLatin1String("/") && !parentPath.startsWith(withoutTrailingSlash(route.root)))
+    const QString root = withoutTrailingSlash(route.root);
+    if (known && root != QLatin1String("/") && parentPath != root && !parentPath.startsWith(root + QLatin1Char('/')))
         return QUrl();
 
     QUrl parent(url);

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QFileDevice>
+#include <QMetaType>
+
 namespace hfmbase {
 
 // Numbers of the host's global events (hpf::EventDispatcherManager). The
@@ -42,3 +45,6 @@ enum Action : unsigned char { kCopyAction = 0, kCutAction = 1, kRemoteAction = 2
 }
 
 }   // namespace hfmbase
+
+// The permission flags of event 207 travel in QVariants under this one name.
+Q_DECLARE_METATYPE(QFileDevice::Permissions)

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <hfmbase/abstractdiriterator.h>
+#include <hfmbase/infofactory.h>
+
+#include <QtTest>
+
+using hfmbase::AbstractDirIterator;
+using hfmbase::DirIteratorFactory;
+using hfmbase::FileInfo;
+using hfmbase::InfoCache;
+
+Q_DECLARE_METATYPE(QDir::Filters)
+Q_DECLARE_METATYPE(QDirIterator::IteratorFlags)
+
+namespace {
+
+// A scheme of its own whose listing is a fixed list, to see the base
+// class's default fileInfo() going through the info factory.
+class ListIterator : public AbstractDirIterator
+{
+public:
+    ListIterator(const QUrl &url, const QStringList &, QDir::Filters, QDirIterator::IteratorFlags)
+        : AbstractDirIterator(url), dir(url)
+    {
+    }
+    QUrl next() override { return current = QUrl(dir.toString() + QStringLiteral("/e%1").arg(++index)); }
+    bool hasNext() const override { return index < 2; }
+    QString fileName() const override { return current.fileName(); }
+    QUrl fileUrl() const override { return current; }
+    QUrl url() const override { return dir; }
+
+    QUrl dir;
+    QUrl current;
+    int index = 0;
+};
+
+class ListInfo : public FileInfo
+{
+public:
+    using FileInfo::FileInfo;
+    bool exists() const override { return true; }
+    QString fileName() const override { return url.fileName(); }
+    qint64 size() const override { return 1; }
+};
+
+}   // namespace
+
+class TestDirIterator : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(tmp.isValid());
+        QDir root(tmp.path());
+        QVERIFY(root.mkpath(QStringLiteral("docs/deep")));
+        QVERIFY(root.mkpath(QStringLiteral(".config")));
+        QVERIFY(root.mkpath(QStringLiteral("pics")));
+        const QStringList files {QStringLiteral("a.txt"), QStringLiteral("b.TXT"), QStringLiteral("c.png"),
+            QStringLiteral(".secret.txt"), QStringLiteral("docs/readme.md"), QStringLiteral("docs/deep/x.txt"),
+            QStringLiteral(".config/rc"), QStringLiteral("pics/p1.png"), QStringLiteral("with space.txt")};
+        for (const QString &name : files) {
+            QFile f(root.filePath(name));
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(name.toUtf8());
+        }
+        QVERIFY(QFile::link(root.filePath(QStringLiteral("a.txt")), root.filePath(QStringLiteral("link.txt"))));
+    }
+
+    void listsLikeQDirIterator_data()
+    {
+        QTest::addColumn<QStringList>("nameFilters");
+        QTest::addColumn<QDir::Filters>("filters");
+        QTest::addColumn<QDirIterator::IteratorFlags>("flags");
+        const QDirIterator::IteratorFlags flat = QDirIterator::NoIteratorFlags;
+        const QDirIterator::IteratorFlags recursive = QDirIterator::Subdirectories;
+        const QDir::Filters entries = QDir::AllEntries;
+        QTest::newRow("no filter") << QStringList() << QDir::Filters(QDir::NoFilter) << flat;
+        QTest::newRow("all entries without dots") << QStringList() << (entries | QDir::NoDotAndDotDot) << flat;
+        QTest::newRow("hidden files too") << QStringList() << (entries | QDir::Hidden | QDir::NoDotAndDotDot) << flat;
+        QTest::newRow("dirs only") << QStringList() << (QDir::Dirs | QDir::NoDotAndDotDot) << flat;
+        QTest::newRow("hidden dirs only")
+            << QStringList() << (QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot) << flat;
+        QTest::newRow("files only") << QStringList() << QDir::Filters(QDir::Files) << flat;
+        QTest::newRow("files without symlinks") << QStringList() << (QDir::Files | QDir::NoSymLinks) << flat;
+        QTest::newRow("name filter") << QStringList {QStringLiteral("*.txt")} << QDir::Filters(QDir::Files) << flat;
+        QTest::newRow("case-insensitive name filter")
+            << QStringList {QStringLiteral("*.txt")} << (QDir::Files | QDir::CaseSensitive) << flat;
+        QTest::newRow("two name filters")
+            << QStringList {QStringLiteral("*.png"), QStringLiteral("a*")} << QDir::Filters(QDir::NoFilter) << flat;
+        QTest::newRow("recursive") << QStringList() << (entries | QDir::NoDotAndDotDot) << recursive;
+        QTest::newRow("recursive with hidden")
+            << QStringList() << (entries | QDir::Hidden | QDir::NoDotAndDotDot) << recursive;
+        QTest::newRow("recursive name filter")
+            << QStringList {QStringLiteral("*.txt")} << (QDir::Files | QDir::Hidden) << recursive;
+        QTest::newRow("recursive following symlinks") << QStringList() << (QDir::Files | QDir::NoDotAndDotDot)
+                                                      << (QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
+        QTest::newRow("filter matching nothing")
+            << QStringList {QStringLiteral("*.nothing")} << QDir::Filters(QDir::NoFilter) << recursive;
+    }
+    void listsLikeQDirIterator()
+    {
+        QFETCH(QStringList, nameFilters);
+        QFETCH(QDir::Filters, filters);
+        QFETCH(QDirIterator::IteratorFlags, flags);
+
+        QStringList expected;
+        QDirIterator reference(tmp.path(), nameFilters, filters, flags);
+        while (reference.hasNext())
+            expected << reference.next();
+
+        const QUrl dirUrl = QUrl::fromLocalFile(tmp.path());
+        auto it = DirIteratorFactory::create<AbstractDirIterator>(dirUrl, nameFilters, filters, flags);
+        QVERIFY(it);
+        QCOMPARE(it->url(), dirUrl);
+        QStringList listed;
+        while (it->hasNext()) {
+            const QUrl next = it->next();
+            QCOMPARE(it->fileUrl(), next);
+            QCOMPARE(it->fileName(), next.fileName());
+            const auto info = it->fileInfo();
+            QVERIFY(info);
+            QCOMPARE(info->fileUrl(), next);
+            QCOMPARE(info->fileName(), QFileInfo(next.toLocalFile()).fileName());
+            QCOMPARE(info->isDir(), QFileInfo(next.toLocalFile()).isDir());
+            QCOMPARE(info->size(), QFileInfo(next.toLocalFile()).size());
+            listed << next.toLocalFile();
+        }
+        QCOMPARE(listed, expected);
+        QVERIFY(it->next().isEmpty());   // past the end: nothing, no crash
+    }
+
+    void listingRefreshesTheInfoCache()
+    {
+        const QString path = tmp.filePath(QStringLiteral("a.txt"));
+        const QUrl url = QUrl::fromLocalFile(path);
+        auto stale = hfmbase::InfoFactory::create<FileInfo>(url);
+        const qint64 before = stale->size();
+        {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::Append));
+            f.write("more");
+        }
+        auto it = DirIteratorFactory::create<AbstractDirIterator>(
+            QUrl::fromLocalFile(tmp.path()), {QStringLiteral("a.txt")}, QDir::Files);
+        QVERIFY(it->hasNext());
+        it->next();
+        const auto listed = it->fileInfo();
+        QCOMPARE(listed->size(), before + 4);
+        // The fresh info replaced the stale one for everybody else.
+        QCOMPARE(hfmbase::InfoFactory::create<FileInfo>(url), listed);
+    }
+
+    void closeEndsTheListing()
+    {
+        auto it = DirIteratorFactory::create<AbstractDirIterator>(QUrl::fromLocalFile(tmp.path()));
+        QVERIFY(it->hasNext());
+        it->next();
+        it->close();
+        QVERIFY(!it->hasNext());
+    }
+
+    void badUrlsListNothing_data()
+    {
+        QTest::addColumn<QUrl>("url");
+        QTest::addColumn<bool>("made");
+        QTest::newRow("missing directory") << QUrl::fromLocalFile(tmp.filePath(QStringLiteral("nope"))) << true;
+        QTest::newRow("a file, not a directory") << QUrl::fromLocalFile(tmp.filePath(QStringLiteral("a.txt"))) << true;
+        QTest::newRow("file scheme without a path") << QUrl(QStringLiteral("file:")) << true;
+        QTest::newRow("unknown scheme") << QUrl(QStringLiteral("nowhere:///x")) << false;
+        QTest::newRow("empty url") << QUrl() << false;
+    }
+    void badUrlsListNothing()
+    {
+        QFETCH(QUrl, url);
+        QFETCH(bool, made);
+        QString error;
+        if (!made || url.toLocalFile().isEmpty())
+            QTest::ignoreMessage(QtWarningMsg,
+                QRegularExpression(
+                    QStringLiteral("^(DirIteratorFactory::createIterator|LocalDirIterator::LocalDirIterator): ")));
+        auto it = DirIteratorFactory::create<AbstractDirIterator>(
+            url, {}, QDir::NoFilter, QDirIterator::NoIteratorFlags, &error);
+        QCOMPARE(bool(it), made);
+        QCOMPARE(error.isEmpty(), made);
+        if (it) {
+            QVERIFY(!it->hasNext());
+            QVERIFY(it->next().isEmpty());
+            QVERIFY(it->fileName().isEmpty());
+            QVERIFY(!it->fileInfo());
+        }
+    }
+
+    void otherSchemesUseTheInfoFactory()
+    {
+        QVERIFY(DirIteratorFactory::regClass<ListIterator>(QStringLiteral("list")));
+        QVERIFY(hfmbase::InfoFactory::regClass<ListInfo>(QStringLiteral("list")));
+        QTest::ignoreMessage(QtWarningMsg, "DirIteratorFactory::regCreator: the scheme \"list\" is already registered");
+        QVERIFY(!DirIteratorFactory::regClass<ListIterator>(QStringLiteral("list")));
+
+        auto it = DirIteratorFactory::create<ListIterator>(QUrl(QStringLiteral("list:///d")));
+        QVERIFY(it);
+        QStringList names;
+        while (it->hasNext()) {
+            it->next();
+            auto info = it->fileInfo();
+            QVERIFY(dynamic_cast<ListInfo *>(info.data()));
+            names << info->fileName();
+        }
+        QCOMPARE(names, (QStringList {QStringLiteral("e1"), QStringLiteral("e2")}));
+        // Asking for the wrong class gives null rather than a bad cast.
+        QVERIFY(!DirIteratorFactory::create<ListIterator>(QUrl::fromLocalFile(tmp.path())));
+    }
+
+private:
+    QTemporaryDir tmp;
+};
+
+QTEST_GUILESS_MAIN(TestDirIterator)
+#include "tst_diriterator.moc"

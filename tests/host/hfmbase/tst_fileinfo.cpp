@@ -1,0 +1,469 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <hfmbase/infofactory.h>
+
+#include <QtTest>
+
+#include <functional>
+#include <sys/stat.h>
+
+using hfmbase::FileInfo;
+using hfmbase::FileInfoPointer;
+using hfmbase::InfoCache;
+using hfmbase::InfoFactory;
+using hfmbase::ProxyFileInfo;
+
+Q_DECLARE_METATYPE(std::function<QVariant(const FileInfo &)>)
+using Query = std::function<QVariant(const FileInfo &)>;
+
+namespace {
+
+// An info whose every answer is distinctive, to see what a proxy forwards.
+class MarkedInfo : public FileInfo
+{
+public:
+    explicit MarkedInfo(const QUrl &url) : FileInfo(url) { }
+    QUrl urlOf(FileUrlInfoType type) const override { return QUrl(QStringLiteral("marked:///kind/%1").arg(int(type))); }
+    bool exists() const override { return true; }
+    QString fileName() const override { return QStringLiteral("marked.name"); }
+    QString baseName() const override { return QStringLiteral("base"); }
+    QString suffix() const override { return QStringLiteral("sfx"); }
+    QString displayName() const override { return QStringLiteral("Display"); }
+    QString absoluteFilePath() const override { return QStringLiteral("/abs/file"); }
+    QString absolutePath() const override { return QStringLiteral("/abs"); }
+    qint64 size() const override { return 4242; }
+    QDateTime lastModified() const override { return QDateTime::fromSecsSinceEpoch(1000); }
+    QDateTime lastRead() const override { return QDateTime::fromSecsSinceEpoch(2000); }
+    QDateTime birthTime() const override { return QDateTime::fromSecsSinceEpoch(3000); }
+    bool isFile() const override { return true; }
+    bool isDir() const override { return true; }
+    bool isSymLink() const override { return true; }
+    bool isHidden() const override { return true; }
+    bool isReadable() const override { return true; }
+    bool isWritable() const override { return true; }
+    bool isExecutable() const override { return true; }
+    QFileDevice::Permissions permissions() const override { return QFileDevice::ReadOwner | QFileDevice::ExeOther; }
+    QString owner() const override { return QStringLiteral("someone"); }
+    QString mimeTypeName() const override { return QStringLiteral("x-test/marked"); }
+    int countChildFile() const override { return 17; }
+    bool canAttributes(FileCanType type) const override { return type == FileCanType::kCanRedirectionFileUrl; }
+    QString viewOfTip(ViewType) const override { return QStringLiteral("marked tip"); }
+    void refresh() override { ++refreshed; }
+    int refreshed = 0;
+};
+
+class CountingInfo : public FileInfo
+{
+public:
+    explicit CountingInfo(const QUrl &url) : FileInfo(url) { made.fetchAndAddRelaxed(1); }
+    bool exists() const override { return true; }
+    QString fileName() const override { return url.fileName(); }
+    qint64 size() const override { return 0; }
+    static QAtomicInt made;
+};
+QAtomicInt CountingInfo::made;
+
+}   // namespace
+
+class TestFileInfo : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // Icons are looked up in a theme the set-up script installs.
+        // (the headless platform knows no theme paths of its own).
+        QIcon::setThemeSearchPaths({QStringLiteral("/usr/share/icons")});
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
+        QVERIFY(tmp.isValid());
+        const QString root = tmp.path();
+        QVERIFY(QDir(root).mkpath(QStringLiteral("dir/sub")));
+        QVERIFY(QDir(root).mkpath(QStringLiteral("empty")));
+        writeFile(root + QStringLiteral("/dir/a.txt"), "hello");
+        writeFile(root + QStringLiteral("/dir/.hidden"), "");
+        writeFile(root + QStringLiteral("/notes.tar.gz"), "0123456789");
+        writeFile(root + QStringLiteral("/readonly.txt"), "x");
+        QVERIFY(QFile::link(root + QStringLiteral("/dir/a.txt"), root + QStringLiteral("/link")));
+    }
+
+    void localInfoDescribesTheFile_data()
+    {
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<bool>("exists");
+        QTest::addColumn<bool>("isDir");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<QString>("fileName");
+        QTest::addColumn<QString>("suffix");
+        QTest::addColumn<bool>("hidden");
+        QTest::addColumn<QString>("mime");
+        QTest::addColumn<int>("children");
+        QTest::addColumn<QString>("icon");
+        QTest::newRow("text file") << "dir/a.txt" << true << false << qint64(5) << "a.txt"
+                                   << "txt" << false << "text/plain" << -1 << "text-x-generic";
+        QTest::newRow("double suffix") << "notes.tar.gz" << true << false << qint64(10) << "notes.tar.gz"
+                                       << "gz" << false << "application/x-compressed-tar" << -1 << "package-x-generic";
+        QTest::newRow("hidden file") << "dir/.hidden" << true << false << qint64(0) << ".hidden"
+                                     << "hidden" << true << "application/x-zerosize" << -1 << "application-x-generic";
+        QTest::newRow("directory with hidden entries") << "dir" << true << true << qint64(-1) << "dir"
+                                                       << "" << false << "inode/directory" << 3 << "inode-directory";
+        QTest::newRow("empty directory") << "empty" << true << true << qint64(-1) << "empty"
+                                         << "" << false << "inode/directory" << 0 << "inode-directory";
+        QTest::newRow("symlink to a file") << "link" << true << false << qint64(5) << "link"
+                                           << "" << false << "text/plain" << -1 << "text-x-generic";
+        QTest::newRow("missing file") << "gone.txt" << false << false << qint64(0) << "gone.txt"
+                                      << "txt" << false << "text/plain" << -1 << "text-x-generic";
+    }
+    void localInfoDescribesTheFile()
+    {
+        QFETCH(QString, relative);
+        QFETCH(bool, exists);
+        QFETCH(bool, isDir);
+        QFETCH(qint64, size);
+        QFETCH(QString, fileName);
+        QFETCH(QString, suffix);
+        QFETCH(bool, hidden);
+        QFETCH(QString, mime);
+        QFETCH(int, children);
+        QFETCH(QString, icon);
+
+        const QUrl url = QUrl::fromLocalFile(tmp.filePath(relative));
+        FileInfoPointer info = InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateNoCache);
+        QVERIFY(info);
+        QCOMPARE(info->fileUrl(), url);
+        QCOMPARE(info->exists(), exists);
+        QCOMPARE(info->isDir(), isDir);
+        if (size >= 0)
+            QCOMPARE(info->size(), size);
+        QCOMPARE(info->fileName(), fileName);
+        QCOMPARE(info->suffix(), suffix);
+        QCOMPARE(info->isHidden(), hidden);
+        QCOMPARE(info->mimeTypeName(), mime);
+        QCOMPARE(info->countChildFile(), children);
+        QCOMPARE(info->absoluteFilePath(), tmp.filePath(relative));
+        QCOMPARE(info->urlOf(FileInfo::FileUrlInfoType::kUrl), url);
+        QCOMPARE(info->urlOf(FileInfo::FileUrlInfoType::kParentUrl),
+            QUrl::fromLocalFile(QFileInfo(tmp.filePath(relative)).absolutePath()));
+        QVERIFY(!info->canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl));
+        QCOMPARE(info->viewOfTip(FileInfo::ViewType::kEmptyDir), QStringLiteral("Folder is empty"));
+        QCOMPARE(info->fileIcon().name(), icon);
+        if (exists) {
+            QVERIFY(info->lastModified().isValid());
+            QVERIFY(info->canAttributes(FileInfo::FileCanType::kCanRename));
+        } else {
+            QVERIFY(!info->canAttributes(FileInfo::FileCanType::kCanDelete));
+        }
+    }
+
+    void iconFallsBackToGenericNames_data()
+    {
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<QString>("icon");
+        // The small theme has only the three last-resort icons.
+        QTest::newRow("directory") << "dir"
+                                   << "folder";
+        QTest::newRow("text file") << "dir/a.txt"
+                                   << "text-x-generic";
+        QTest::newRow("fifo") << "fifo"
+                              << "unknown";
+    }
+    void iconFallsBackToGenericNames()
+    {
+        QFETCH(QString, relative);
+        QFETCH(QString, icon);
+        QTemporaryDir themes;
+        const QString theme = themes.filePath(QStringLiteral("tiny"));
+        QVERIFY(QDir().mkpath(theme + QStringLiteral("/16x16/places")));
+        writeFile(theme + QStringLiteral("/index.theme"),
+            "[Icon Theme]\nName=tiny\nDirectories=16x16/places\n\n[16x16/places]\nSize=16\n");
+        QImage pixel(16, 16, QImage::Format_ARGB32);
+        pixel.fill(Qt::red);
+        for (const char *name : {"folder", "text-x-generic", "unknown"})
+            QVERIFY(
+                pixel.save(theme + QStringLiteral("/16x16/places/") + QLatin1String(name) + QStringLiteral(".png")));
+        if (relative == QLatin1String("fifo") && !QFileInfo::exists(tmp.filePath(relative)))
+            QCOMPARE(::mkfifo(QFile::encodeName(tmp.filePath(relative)).constData(), 0600), 0);
+
+        const QStringList oldPaths = QIcon::themeSearchPaths();
+        const QString oldTheme = QIcon::themeName();
+        QIcon::setThemeSearchPaths({themes.path()});
+        QIcon::setThemeName(QStringLiteral("tiny"));
+        FileInfoPointer info = InfoFactory::create<FileInfo>(
+            QUrl::fromLocalFile(tmp.filePath(relative)), InfoFactory::CreateType::kCreateNoCache);
+        const QString name = info->fileIcon().name();
+        QIcon::setThemeSearchPaths(oldPaths);
+        QIcon::setThemeName(oldTheme);
+        QCOMPARE(name, icon);
+    }
+
+    void symlinkTargetUrl()
+    {
+        FileInfoPointer link = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(tmp.filePath(QStringLiteral("link"))));
+        QVERIFY(link->isSymLink());
+        QCOMPARE(link->urlOf(FileInfo::FileUrlInfoType::kSymLinkTargetUrl),
+            QUrl::fromLocalFile(tmp.filePath(QStringLiteral("dir/a.txt"))));
+        FileInfoPointer plain
+            = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(tmp.filePath(QStringLiteral("dir/a.txt"))));
+        QVERIFY(plain->urlOf(FileInfo::FileUrlInfoType::kSymLinkTargetUrl).isEmpty());
+    }
+
+    void refreshSeesNewContent()
+    {
+        const QString path = tmp.filePath(QStringLiteral("grows.txt"));
+        writeFile(path, "ab");
+        FileInfoPointer info
+            = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path), InfoFactory::CreateType::kCreateNoCache);
+        QCOMPARE(info->size(), qint64(2));
+        writeFile(path, "abcdef");
+        info->refresh();
+        QCOMPARE(info->size(), qint64(6));
+    }
+
+    void rootHasNoParent()
+    {
+        FileInfoPointer root = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(QStringLiteral("/")));
+        QVERIFY(root->isDir());
+        QVERIFY(root->urlOf(FileInfo::FileUrlInfoType::kParentUrl).isEmpty());
+        QCOMPARE(root->displayName(), QStringLiteral("/"));
+    }
+
+    void proxyForwardsEveryQuery_data()
+    {
+        QTest::addColumn<Query>("query");
+        QTest::addColumn<QVariant>("withoutProxy");
+        auto row = [](const char *name, Query q, const QVariant &empty) { QTest::newRow(name) << q << empty; };
+        row(
+            "urlOf url", [](const FileInfo &i) { return QVariant(i.urlOf(FileInfo::FileUrlInfoType::kUrl)); }, QUrl());
+        row(
+            "urlOf redirected",
+            [](const FileInfo &i) { return QVariant(i.urlOf(FileInfo::FileUrlInfoType::kRedirectedFileUrl)); }, QUrl());
+        row(
+            "urlOf parent", [](const FileInfo &i) { return QVariant(i.urlOf(FileInfo::FileUrlInfoType::kParentUrl)); },
+            QUrl());
+        row(
+            "exists", [](const FileInfo &i) { return QVariant(i.exists()); }, false);
+        row(
+            "fileName", [](const FileInfo &i) { return QVariant(i.fileName()); }, QString());
+        row(
+            "baseName", [](const FileInfo &i) { return QVariant(i.baseName()); }, QString());
+        row(
+            "suffix", [](const FileInfo &i) { return QVariant(i.suffix()); }, QString());
+        row(
+            "displayName", [](const FileInfo &i) { return QVariant(i.displayName()); }, QString());
+        row(
+            "absoluteFilePath", [](const FileInfo &i) { return QVariant(i.absoluteFilePath()); }, QString());
+        row(
+            "absolutePath", [](const FileInfo &i) { return QVariant(i.absolutePath()); }, QString());
+        row(
+            "size", [](const FileInfo &i) { return QVariant(i.size()); }, qint64(0));
+        row(
+            "lastModified", [](const FileInfo &i) { return QVariant(i.lastModified()); }, QDateTime());
+        row(
+            "lastRead", [](const FileInfo &i) { return QVariant(i.lastRead()); }, QDateTime());
+        row(
+            "birthTime", [](const FileInfo &i) { return QVariant(i.birthTime()); }, QDateTime());
+        row(
+            "isFile", [](const FileInfo &i) { return QVariant(i.isFile()); }, false);
+        row(
+            "isDir", [](const FileInfo &i) { return QVariant(i.isDir()); }, false);
+        row(
+            "isSymLink", [](const FileInfo &i) { return QVariant(i.isSymLink()); }, false);
+        row(
+            "isHidden", [](const FileInfo &i) { return QVariant(i.isHidden()); }, false);
+        row(
+            "isReadable", [](const FileInfo &i) { return QVariant(i.isReadable()); }, false);
+        row(
+            "isWritable", [](const FileInfo &i) { return QVariant(i.isWritable()); }, false);
+        row(
+            "isExecutable", [](const FileInfo &i) { return QVariant(i.isExecutable()); }, false);
+        row(
+            "permissions", [](const FileInfo &i) { return QVariant(int(i.permissions())); }, 0);
+        row(
+            "owner", [](const FileInfo &i) { return QVariant(i.owner()); }, QString());
+        row(
+            "mimeTypeName", [](const FileInfo &i) { return QVariant(i.mimeTypeName()); }, QString());
+        row(
+            "countChildFile", [](const FileInfo &i) { return QVariant(i.countChildFile()); }, -1);
+        row(
+            "canAttributes redirection",
+            [](const FileInfo &i) { return QVariant(i.canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl)); },
+            false);
+        row(
+            "viewOfTip empty dir",
+            [](const FileInfo &i) { return QVariant(i.viewOfTip(FileInfo::ViewType::kEmptyDir)); }, QString());
+    }
+    void proxyForwardsEveryQuery()
+    {
+        QFETCH(Query, query);
+        QFETCH(QVariant, withoutProxy);
+        const QUrl own(QStringLiteral("proxied:///own/url"));
+        auto inner = QSharedPointer<MarkedInfo>::create(QUrl(QStringLiteral("marked:///inner")));
+
+        ProxyFileInfo proxy(own);
+        QCOMPARE(query(proxy), withoutProxy);   // no proxy: empty, no crash
+        proxy.setProxy(inner);
+        QCOMPARE(proxy.proxyInfo(), FileInfoPointer(inner));
+        QCOMPARE(query(proxy), query(*inner));
+        QCOMPARE(proxy.fileUrl(), own);
+    }
+
+    void proxyForwardsRefreshAndSurvivesWithout()
+    {
+        auto inner = QSharedPointer<MarkedInfo>::create(QUrl(QStringLiteral("marked:///inner")));
+        ProxyFileInfo proxy(QUrl(QStringLiteral("proxied:///x")));
+        proxy.refresh();
+        QVERIFY(proxy.mimeType().name().isEmpty());
+        QVERIFY(proxy.fileIcon().isNull());
+        proxy.setProxy(inner);
+        proxy.refresh();
+        QCOMPARE(inner->refreshed, 1);
+        proxy.setProxy({});
+        QVERIFY(!proxy.exists());
+    }
+
+    void duplicateRegistrationIsRefused()
+    {
+        QVERIFY(InfoFactory::regClass<MarkedInfo>(QStringLiteral("marked")));
+        QString error;
+        QTest::ignoreMessage(QtWarningMsg, "InfoFactory::regCreator: the scheme \"marked\" is already registered");
+        QVERIFY(
+            !InfoFactory::regClass<CountingInfo>(QStringLiteral("marked"), InfoFactory::RegOption::kNoOption, &error));
+        QVERIFY(!error.isEmpty());
+        // The first class keeps serving the scheme.
+        QVERIFY(InfoFactory::create<MarkedInfo>(
+            QUrl(QStringLiteral("marked:///a")), InfoFactory::CreateType::kCreateNoCache));
+
+        QTest::ignoreMessage(QtWarningMsg, "InfoFactory::regCreator: the scheme \"file\" is already registered");
+        QVERIFY(!InfoFactory::regClass<MarkedInfo>(QStringLiteral("file")));
+    }
+
+    void unknownSchemeGivesNullAndAnError_data()
+    {
+        QTest::addColumn<QUrl>("url");
+        QTest::newRow("unregistered scheme") << QUrl(QStringLiteral("nowhere:///a"));
+        QTest::newRow("empty url") << QUrl();
+        QTest::newRow("no scheme") << QUrl(QStringLiteral("relative/path"));
+    }
+    void unknownSchemeGivesNullAndAnError()
+    {
+        QFETCH(QUrl, url);
+        QString error;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^InfoFactory::createInfo: ")));
+        QVERIFY(!InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateDefault, &error));
+        QVERIFY(!error.isEmpty());
+    }
+
+    void createWithTheWrongTypeIsNull()
+    {
+        const QUrl url = QUrl::fromLocalFile(tmp.path());
+        QVERIFY(!InfoFactory::create<MarkedInfo>(url));
+        QVERIFY(InfoFactory::create<FileInfo>(url));
+    }
+
+    void cacheRules_data()
+    {
+        QTest::addColumn<bool>("noCacheOption");
+        QTest::addColumn<bool>("disabledInCache");
+        QTest::addColumn<bool>("reEnabled");
+        QTest::addColumn<int>("createType");
+        QTest::addColumn<bool>("shared");
+        QTest::newRow("default scheme is cached") << false << false << false << 0 << true;
+        QTest::newRow("creation without cache") << false << false << false << 1 << false;
+        QTest::newRow("scheme registered kNoCache") << true << false << false << 0 << false;
+        QTest::newRow("cache disabled for scheme") << false << true << false << 0 << false;
+        QTest::newRow("cache disabled then enabled") << false << true << true << 0 << true;
+    }
+    void cacheRules()
+    {
+        QFETCH(bool, noCacheOption);
+        QFETCH(bool, disabledInCache);
+        QFETCH(bool, reEnabled);
+        QFETCH(int, createType);
+        QFETCH(bool, shared);
+
+        const QString scheme = QStringLiteral("cache%1").arg(++schemeCounter);
+        QVERIFY(InfoFactory::regClass<CountingInfo>(
+            scheme, noCacheOption ? InfoFactory::RegOption::kNoCache : InfoFactory::RegOption::kNoOption));
+        if (disabledInCache)
+            InfoCache::instance().setCacheDisbale(scheme);
+        if (reEnabled)
+            InfoCache::instance().setCacheDisbale(scheme, false);
+        QCOMPARE(InfoCache::instance().cacheDisable(scheme), disabledInCache && !reEnabled);
+
+        const QUrl url(scheme + QStringLiteral(":///some/file"));
+        const auto type = InfoFactory::CreateType(createType);
+        const int before = CountingInfo::made.loadRelaxed();
+        FileInfoPointer first = InfoFactory::create<FileInfo>(url, type);
+        FileInfoPointer second = InfoFactory::create<FileInfo>(url, type);
+        QVERIFY(first && second);
+        QCOMPARE(first == second, shared);
+        QCOMPARE(CountingInfo::made.loadRelaxed() - before, shared ? 1 : 2);
+        QCOMPARE(bool(InfoCache::instance().getCacheInfo(url)), shared);
+    }
+
+    void disablingDropsKeptInfos()
+    {
+        const QString scheme = QStringLiteral("dropme");
+        QVERIFY(InfoFactory::regClass<CountingInfo>(scheme));
+        const QUrl url(QStringLiteral("dropme:///x"));
+        QVERIFY(InfoFactory::create<FileInfo>(url));
+        QVERIFY(InfoCache::instance().getCacheInfo(url));
+        InfoCache::instance().setCacheDisbale(scheme);
+        QVERIFY(!InfoCache::instance().getCacheInfo(url));
+        InfoCache::instance().setCacheDisbale(scheme, false);
+        QVERIFY(!InfoCache::instance().getCacheInfo(url));
+    }
+
+    void trailingSlashIsTheSameCachedFile()
+    {
+        const QString path = tmp.filePath(QStringLiteral("dir"));
+        FileInfoPointer a = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path));
+        FileInfoPointer b = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path + QLatin1Char('/')));
+        QCOMPARE(a, b);
+        InfoCache::instance().removeCacheInfo(QUrl::fromLocalFile(path));
+        QVERIFY(InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path)) != a);
+    }
+
+    void infosFromManyThreads()
+    {
+        // Creating and querying shared (cached) infos concurrently must be safe.
+        QStringList paths;
+        for (int i = 0; i < 20; ++i) {
+            paths << tmp.filePath(QStringLiteral("t%1.txt").arg(i));
+            writeFile(paths.last(), QByteArray(i, 'x'));
+        }
+        QAtomicInt mismatches;
+        QVector<QThread *> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.append(QThread::create([&paths, &mismatches] {
+                for (int round = 0; round < 50; ++round) {
+                    for (int i = 0; i < paths.size(); ++i) {
+                        FileInfoPointer info = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(paths.at(i)));
+                        if (!info || info->size() != i || info->mimeTypeName().isEmpty())
+                            mismatches.fetchAndAddRelaxed(1);
+                        if (round % 10 == 0)
+                            InfoCache::instance().removeCacheInfo(QUrl::fromLocalFile(paths.at(i)));
+                    }
+                }
+            }));
+            threads.last()->start();
+        }
+        for (QThread *thread : threads) {
+            QVERIFY(thread->wait(30000));
+            delete thread;
+        }
+        QCOMPARE(mismatches.loadRelaxed(), 0);
+    }
+
+private:
+    static void writeFile(const QString &path, const QByteArray &data)
+    {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        f.write(data);
+    }
+
+    QTemporaryDir tmp;
+    int schemeCounter = 0;
+};
+
+QTEST_MAIN(TestFileInfo)
+#include "tst_fileinfo.moc"

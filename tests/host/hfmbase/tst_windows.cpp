@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <hfmbase/filemanagerwindow.h>
+#include <hfmbase/filemanagerwindowsmanager.h>
+
+#include <QLabel>
+#include <QtTest>
+
+using hfmbase::FileManagerWindow;
+using hfmbase::FileManagerWindowsManager;
+
+class TestWindows : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void classNameIsExact()
+    {
+        FileManagerWindow window(QUrl(QStringLiteral("file:///")));
+        QCOMPARE(window.metaObject()->className(), "hfmbase::FileManagerWindow");
+    }
+
+    void idsGrowAndWindowOpenedOnce()
+    {
+        auto &manager = FileManagerWindowsManager::instance();
+        QSignalSpy created(&manager, &FileManagerWindowsManager::windowCreated);
+        QSignalSpy opened(&manager, &FileManagerWindowsManager::windowOpened);
+
+        FileManagerWindow *first = manager.createWindow(QUrl(QStringLiteral("file:///tmp")));
+        FileManagerWindow *second = manager.createWindow(QUrl(QStringLiteral("file:///")));
+        QVERIFY(first && second);
+        const quint64 id1 = manager.findWindowId(first);
+        const quint64 id2 = manager.findWindowId(second);
+        QCOMPARE(id1, quint64(1));
+        QCOMPARE(id2, quint64(2));
+        QCOMPARE(first->internalWinId(), id1);
+        QCOMPARE(created.size(), 2);
+        QCOMPARE(manager.windowIdList(), (QList<quint64> {id1, id2}));
+        QCOMPARE(manager.findWindowById(id2), second);
+        QCOMPARE(first->currentUrl(), QUrl(QStringLiteral("file:///tmp")));
+        QVERIFY(opened.isEmpty());   // created, not yet shown
+
+        manager.showWindow(first);
+        manager.showWindow(first);
+        manager.showWindow(second);
+        QCOMPARE(opened.size(), 2);
+        QCOMPARE(opened.at(0).at(0).value<quint64>(), id1);
+        QCOMPARE(opened.at(1).at(0).value<quint64>(), id2);
+
+        // A widget inside a window belongs to it.
+        auto *inner = new QLabel(first);
+        QCOMPARE(manager.findWindowId(inner), id1);
+
+        QSignalSpy closed(&manager, &FileManagerWindowsManager::windowClosed);
+        QSignalSpy last(&manager, &FileManagerWindowsManager::lastWindowClosed);
+        QPointer<FileManagerWindow> guard(first);
+        QVERIFY(first->close());
+        QCOMPARE(closed.size(), 1);
+        QCOMPARE(closed.at(0).at(0).value<quint64>(), id1);
+        QVERIFY(last.isEmpty());
+        QVERIFY(!manager.findWindowById(id1));
+        QCOMPARE(manager.windowIdList(), QList<quint64> {id2});
+        QTRY_VERIFY(guard.isNull());   // deleted on close
+
+        QVERIFY(second->close());
+        QCOMPARE(last.size(), 1);
+        QCOMPARE(last.at(0).at(0).value<quint64>(), id2);
+        QVERIFY(manager.windowIdList().isEmpty());
+
+        // Ids are never reused.
+        FileManagerWindow *third = manager.createWindow(QUrl(QStringLiteral("file:///")));
+        QCOMPARE(manager.findWindowId(third), quint64(3));
+        delete third;   // deleted without closing: still leaves the list
+        QVERIFY(!manager.findWindowById(3));
+        QVERIFY(manager.windowIdList().isEmpty());
+    }
+
+    void unknownIdsAndBadUrls()
+    {
+        auto &manager = FileManagerWindowsManager::instance();
+        QVERIFY(!manager.findWindowById(0));
+        QVERIFY(!manager.findWindowById(987654));
+        QCOMPARE(manager.findWindowId(nullptr), quint64(0));
+        QString error;
+        QTest::ignoreMessage(
+            QtWarningMsg, QRegularExpression(QStringLiteral("^FileManagerWindowsManager::createWindow: ")));
+        QVERIFY(!manager.createWindow(QUrl(), &error));
+        QVERIFY(!error.isEmpty());
+        FileManagerWindow stray(QUrl(QStringLiteral("file:///")));
+        QTest::ignoreMessage(QtWarningMsg, "FileManagerWindowsManager::showWindow: the window is not one of ours");
+        manager.showWindow(&stray);
+        QVERIFY(!stray.isVisible());
+    }
+
+    void currentUrlIsRelayedWithTheId()
+    {
+        auto &manager = FileManagerWindowsManager::instance();
+        FileManagerWindow *window = manager.createWindow(QUrl(QStringLiteral("file:///")));
+        const quint64 id = manager.findWindowId(window);
+        QSignalSpy own(window, &FileManagerWindow::currentUrlChanged);
+        QSignalSpy relayed(&manager, &FileManagerWindowsManager::currentUrlChanged);
+        const QUrl target(QStringLiteral("file:///tmp"));
+        window->cd(target);
+        QCOMPARE(window->currentUrl(), target);
+        QCOMPARE(own.size(), 1);
+        QCOMPARE(relayed.size(), 1);
+        QCOMPARE(relayed.at(0).at(0).value<quint64>(), id);
+        QCOMPARE(relayed.at(0).at(1).toUrl(), target);
+        delete window;
+    }
+
+    void partsAreInstalledOnce_data()
+    {
+        QTest::addColumn<int>("part");
+        QTest::newRow("side bar") << 0;
+        QTest::newRow("title bar") << 1;
+        QTest::newRow("workspace") << 2;
+    }
+    void partsAreInstalledOnce()
+    {
+        QFETCH(int, part);
+        FileManagerWindow window(QUrl(QStringLiteral("file:///")));
+        const char *signal[]
+            = {SIGNAL(sideBarInstallFinished()), SIGNAL(titleBarInstallFinished()), SIGNAL(workspaceInstallFinished())};
+        QSignalSpy finished(&window, signal[part]);
+        auto install = [&](QWidget *w) {
+            switch (part) {
+            case 0:
+                window.installSideBar(w);
+                break;
+            case 1:
+                window.installTitleBar(w);
+                break;
+            default:
+                window.installWorkSpace(w);
+            }
+        };
+        auto installed = [&] {
+            return part == 0 ? window.sideBar() : part == 1 ? window.titleBar() : window.workSpace();
+        };
+        QVERIFY(!installed());
+        auto *widget = new QLabel;
+        install(widget);
+        QCOMPARE(installed(), widget);
+        QCOMPARE(widget->window(), &window);
+        QCOMPARE(finished.size(), 1);
+
+        auto *other = new QLabel;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^FileManagerWindow::install")));
+        install(other);
+        QCOMPARE(installed(), widget);
+        QCOMPARE(finished.size(), 1);
+        delete other;
+    }
+
+    void closeAnnouncesItself()
+    {
+        FileManagerWindow window(QUrl(QStringLiteral("file:///")));
+        QSignalSpy closing(&window, &FileManagerWindow::aboutToClose);
+        window.show();
+        QVERIFY(window.close());
+        QCOMPARE(closing.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestWindows)
+#include "tst_windows.moc"

@@ -547,10 +547,11 @@ void SyncEngine::scanDir(const QString &cloudDir, bool recursive)
             enqueue(path, Kind::Upload);
         }
     }
-    // Whatever is known here but no longer on disk is gone, except downloads in flight.
+    // Whatever is known here but no longer on disk is gone, except downloads: one in flight
+    // has only its temporary file, and a failed one stays listed as failed.
     const QSet<QString> known = m_children.value(cloudDir);
     for (const QString &path : known) {
-        if (!seen.contains(path) && m_queued.value(path, Kind::Upload) != Kind::Download)
+        if (!seen.contains(path) && m_items.value(path).plan != kDownload)
             removeItem(path);
     }
 }
@@ -614,6 +615,7 @@ void SyncEngine::tick()
         if (kind == Kind::Upload ? m_uploadsBlocked : m_downloadsBlocked)
             continue;
         const QString path = m_queue.at(i).path;
+        const int before = m_items.value(path).status;
         const Step step = kind == Kind::Upload ? advanceUpload(m_queue[i]) : advanceDownload(m_queue[i]);
         if (step != Step::Continue) {
             m_queue.removeAt(i);
@@ -623,7 +625,9 @@ void SyncEngine::tick()
         if (step == Step::Gone) {
             removeItem(path);
         } else {
-            emitStatus(path);
+            // Download chunks change nothing the plug-in can see.
+            if (m_items.value(path).status != before)
+                emitStatus(path);
             if (step == Step::Finished && kind == Kind::Download && m_items.value(path).status == 3)
                 Q_EMIT downloadFinished(path);
         }

@@ -18,6 +18,7 @@ class NubixPlugin : public hpf::Plugin
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "org.sablo.plugin.filemanager" FILE "nubixplugin.json")
+    Q_INTERFACES(hpf::Plugin)
     Q_DISABLE_COPY(NubixPlugin)
 public:
     explicit NubixPlugin(QObject *parent = nullptr);

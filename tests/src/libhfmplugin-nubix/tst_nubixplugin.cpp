@@ -1,0 +1,364 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "nubixplugin.h"
+
+#include "messagelog.h"
+
+#include <hfmbase/filemanagerwindow.h>
+#include <hfmbase/filemanagerwindowsmanager.h>
+#include <hfmbase/urlroute.h>
+#include <hpf/event/event.h>
+#include <hpf/lifecycle.h>
+#include <hpf/listener.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMainWindow>
+#include <QProcess>
+#include <QShowEvent>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+
+using namespace hfmplugin_nubix;
+
+namespace {
+const char kGateChild[] = "--gate-child";
+const QString kShowLine = QStringLiteral("window showed, try connect to nubix server.");
+
+// A directory holding a fake host executable that answers "-v" with the given
+// lines (none: prints nothing); `install` false leaves the directory empty.
+class FakeHost
+{
+public:
+    explicit FakeHost(const QByteArray &versionOutput, bool install = true)
+    {
+        if (!install)
+            return;
+        QFile script(dir.filePath(QStringLiteral("hde-file-manager")));
+        script.open(QIODevice::WriteOnly);
+        script.write("#!/bin/sh\n[ \"$1\" = \"-v\" ] || exit 2\nprintf '%s' '" + versionOutput + "'\n");
+        script.close();
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    // The search path with the fake first and the system's tools behind it.
+    QByteArray path() const { return QFile::encodeName(dir.path()) + ":/usr/bin:/bin"; }
+
+    QTemporaryDir dir;
+};
+
+// Runs in a fresh process, since schemes once registered stay registered:
+// initialise and start the plug-in, open two windows, print what happened.
+int runGateChild(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    QJsonArray removed;
+    hpf::channel()->connect(QStringLiteral("hfmplugin_sidebar"), QStringLiteral("slot_Item_Remove"),
+        [&removed](const QUrl &url) { removed.append(url.toString()); });
+
+    NubixPlugin plugin;
+    plugin.initialize();
+    QJsonObject report;
+    report.insert(QStringLiteral("nubix"), hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix")));
+    report.insert(QStringLiteral("login"), hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix-login")));
+    report.insert(QStringLiteral("names"),
+        QJsonArray {hfmbase::UrlRoute::displayName(QStringLiteral("nubix")),
+            hfmbase::UrlRoute::displayName(QStringLiteral("nubix-login"))});
+    report.insert(QStringLiteral("roots"),
+        QJsonArray {hfmbase::UrlRoute::rootPath(QStringLiteral("nubix")),
+            hfmbase::UrlRoute::rootPath(QStringLiteral("nubix-login"))});
+    report.insert(QStringLiteral("virtual"),
+        hfmbase::UrlRoute::isVirtual(QStringLiteral("nubix"))
+            && hfmbase::UrlRoute::isVirtual(QStringLiteral("nubix-login")));
+    report.insert(QStringLiteral("start"), plugin.start());
+    report.insert(QStringLiteral("removedAtStart"), removed.size());
+
+    auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    const QUrl home = QUrl::fromLocalFile(QDir::homePath());
+    // A window whose sidebar comes after it opened.
+    hfmbase::FileManagerWindow *late = windows.createWindow(home);
+    windows.showWindow(late);
+    report.insert(QStringLiteral("removedBeforeSidebar"), removed.size());
+    late->installSideBar(new QWidget);
+    report.insert(QStringLiteral("removedAfterSidebar"), removed.size());
+    // A window that has its sidebar when it opens.
+    hfmbase::FileManagerWindow *ready = windows.createWindow(home);
+    ready->installSideBar(new QWidget);
+    windows.showWindow(ready);
+    report.insert(QStringLiteral("removedAtEnd"), removed.size());
+    report.insert(QStringLiteral("removedUrls"), removed);
+
+    std::fputs(QJsonDocument(report).toJson(QJsonDocument::Compact).constData(), stdout);
+    std::fflush(stdout);
+    return 0;
+}
+}   // namespace
+
+class TestNubixPlugin : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void readsHostVersion_data();
+    void readsHostVersion();
+    void comparesVersionsAsText_data();
+    void comparesVersionsAsText();
+    void gatesOnHostVersion_data();
+    void gatesOnHostVersion();
+    void runsForStartedPlugin();
+    void waitsForPluginToStart_data();
+    void waitsForPluginToStart();
+    void ignoresEmptyFunction();
+    void filtersShowOfHostWindows_data();
+    void filtersShowOfHostWindows();
+    void everyShownWindowIsNoticed();
+};
+
+void TestNubixPlugin::initTestCase()
+{
+    hpf::LifeCycle::setPluginPaths({QStringLiteral(NUBIX_PROBE_PLUGIN_DIR)});
+    QVERIFY(hpf::LifeCycle::readPlugins());
+    hpf::LifeCycle::loadPlugins();
+    const auto started = hpf::LifeCycle::pluginMetaObj(QStringLiteral("hfmplugin-probe-starting"));
+    const auto failing = hpf::LifeCycle::pluginMetaObj(QStringLiteral("hfmplugin-probe-failing"));
+    QVERIFY(started && failing);
+    QCOMPARE(started->pluginState(), hpf::PluginMetaObject::kStarted);
+    QVERIFY(failing->pluginState() != hpf::PluginMetaObject::kStarted);
+}
+
+void TestNubixPlugin::readsHostVersion_data()
+{
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<bool>("installed");
+    QTest::addColumn<QString>("version");
+
+    QTest::newRow("version line") << QByteArray("hde-file-manager 6.0.49.25\n") << true << QStringLiteral("6.0.49.25");
+    QTest::newRow("line among others") << QByteArray("loading\nhde-file-manager 6.0.50.1\nbye\n") << true
+                                       << QStringLiteral("6.0.50.1");
+    QTest::newRow("extra fields") << QByteArray("hde-file-manager 6.0.49.26 (build 7)\n") << true
+                                  << QStringLiteral("6.0.49.26");
+    QTest::newRow("spaces around") << QByteArray("hde-file-manager    6.0.49.30   \n") << true
+                                   << QStringLiteral("6.0.49.30");
+    QTest::newRow("line of another program") << QByteArray("xhde-file-manager 9.9\n") << true << QString();
+    QTest::newRow("name not at line start") << QByteArray(" hde-file-manager 9.9\n") << true << QString();
+    QTest::newRow("no output") << QByteArray() << true << QString();
+    QTest::newRow("not installed") << QByteArray() << false << QString();
+}
+
+void TestNubixPlugin::readsHostVersion()
+{
+    QFETCH(QByteArray, output);
+    QFETCH(bool, installed);
+    QFETCH(QString, version);
+
+    const FakeHost host(output, installed);
+    const QByteArray oldPath = qgetenv("PATH");
+    qputenv("PATH", host.path());
+    const QString got = getHfmVersion();
+    qputenv("PATH", oldPath);
+    QCOMPARE(got, version);
+}
+
+void TestNubixPlugin::comparesVersionsAsText_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<bool>("tooOld");
+
+    QTest::newRow("minimum") << QStringLiteral("6.0.49.25") << false;
+    QTest::newRow("one build below") << QStringLiteral("6.0.49.24") << true;
+    QTest::newRow("newer build") << QStringLiteral("6.0.49.26") << false;
+    QTest::newRow("newer minor") << QStringLiteral("6.1") << false;
+    QTest::newRow("newer major") << QStringLiteral("7.0.0.0") << false;
+    QTest::newRow("three-digit third part") << QStringLiteral("6.0.100.1") << true;
+    QTest::newRow("longer build as text") << QStringLiteral("6.0.49.250") << false;
+    QTest::newRow("older") << QStringLiteral("5.9.99.99") << true;
+    QTest::newRow("empty") << QString() << true;
+}
+
+void TestNubixPlugin::comparesVersionsAsText()
+{
+    QFETCH(QString, version);
+    QTEST(isHostTooOld(version), "tooOld");
+}
+
+void TestNubixPlugin::gatesOnHostVersion_data()
+{
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<bool>("installed");
+    QTest::addColumn<bool>("runs");
+
+    QTest::newRow("exactly the minimum") << QByteArray("hde-file-manager 6.0.49.25\n") << true << true;
+    QTest::newRow("newer") << QByteArray("hde-file-manager 6.0.50.3\n") << true << true;
+    QTest::newRow("one below the minimum") << QByteArray("hde-file-manager 6.0.49.24\n") << true << false;
+    QTest::newRow("three-digit component") << QByteArray("hde-file-manager 6.0.100.1\n") << true << false;
+    QTest::newRow("no version printed") << QByteArray() << true << false;
+    QTest::newRow("host not installed") << QByteArray() << false << false;
+}
+
+void TestNubixPlugin::gatesOnHostVersion()
+{
+    QFETCH(QByteArray, output);
+    QFETCH(bool, installed);
+    QFETCH(bool, runs);
+
+    const FakeHost host(output, installed);
+    QProcess child;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("PATH"), QString::fromLocal8Bit(host.path()));
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(kGateChild)});
+    QVERIFY(child.waitForFinished(60000));
+    QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.exitCode(), 0);
+    const QJsonObject report = QJsonDocument::fromJson(child.readAllStandardOutput()).object();
+    QVERIFY2(!report.isEmpty(), child.readAllStandardError().constData());
+
+    QCOMPARE(report.value(QStringLiteral("nubix")).toBool(), runs);
+    QCOMPARE(report.value(QStringLiteral("login")).toBool(), runs);
+    QCOMPARE(report.value(QStringLiteral("start")).toBool(), runs);
+    if (runs) {
+        const QString name = QStringLiteral("Kelo Drive");
+        const QString root = QStringLiteral("/");
+        QCOMPARE(report.value(QStringLiteral("names")).toArray(), (QJsonArray {name, name}));
+        QCOMPARE(report.value(QStringLiteral("roots")).toArray(), (QJsonArray {root, root}));
+        QVERIFY(report.value(QStringLiteral("virtual")).toBool());
+    }
+
+    // A too old host loses the sidebar item at start and in every window,
+    // whether the window's sidebar comes before or after it opens.
+    const int once = runs ? 0 : 1;
+    QCOMPARE(report.value(QStringLiteral("removedAtStart")).toInt(), once);
+    QCOMPARE(report.value(QStringLiteral("removedBeforeSidebar")).toInt(), once);
+    QCOMPARE(report.value(QStringLiteral("removedAfterSidebar")).toInt(), 2 * once);
+    QCOMPARE(report.value(QStringLiteral("removedAtEnd")).toInt(), 3 * once);
+    for (const QJsonValue &url : report.value(QStringLiteral("removedUrls")).toArray())
+        QCOMPARE(url.toString(), QStringLiteral("nubix-login:///"));
+}
+
+void TestNubixPlugin::runsForStartedPlugin()
+{
+    NubixPlugin plugin;
+    int calls = 0;
+    plugin.doRegStuff(QStringLiteral("hfmplugin-probe-starting"), [&calls] { ++calls; });
+    QCOMPARE(calls, 1);
+    // Called at once and only then.
+    Q_EMIT hpf::Listener::instance()->pluginStarted(
+        QStringLiteral(HPF_PLUGIN_IID), QStringLiteral("hfmplugin-probe-starting"));
+    QCOMPARE(calls, 1);
+}
+
+void TestNubixPlugin::waitsForPluginToStart_data()
+{
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("unknown plug-in") << QStringLiteral("hfmplugin-later");
+    QTest::newRow("loaded but not started") << QStringLiteral("hfmplugin-probe-failing");
+}
+
+void TestNubixPlugin::waitsForPluginToStart()
+{
+    QFETCH(QString, name);
+
+    NubixPlugin plugin;
+    int calls = 0;
+    plugin.doRegStuff(name, [&calls] { ++calls; });
+    QCOMPARE(calls, 0);
+
+    auto *listener = hpf::Listener::instance();
+    Q_EMIT listener->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), QStringLiteral("hfmplugin-something-else"));
+    Q_EMIT listener->pluginStarted(name, QStringLiteral("hfmplugin-something-else"));
+    QCOMPARE(calls, 0);
+    Q_EMIT listener->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), name);
+    QCOMPARE(calls, 1);
+    Q_EMIT listener->pluginStarted(QString(), name);
+    QCOMPARE(calls, 2);
+}
+
+void TestNubixPlugin::ignoresEmptyFunction()
+{
+    NubixPlugin plugin;
+    plugin.doRegStuff(QStringLiteral("hfmplugin-probe-starting"), {});
+    plugin.doRegStuff(QStringLiteral("hfmplugin-empty"), {});
+    Q_EMIT hpf::Listener::instance()->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), QStringLiteral("hfmplugin-empty"));
+}
+
+// A window of another class that happens to look like the host's.
+class LookalikeWindow : public hfmbase::FileManagerWindow
+{
+    Q_OBJECT
+public:
+    using hfmbase::FileManagerWindow::FileManagerWindow;
+};
+
+void TestNubixPlugin::filtersShowOfHostWindows_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("eventType");
+    QTest::addColumn<int>("lines");
+
+    QTest::newRow("host window shown") << QStringLiteral("host") << int(QEvent::Show) << 1;
+    QTest::newRow("host window hidden") << QStringLiteral("host") << int(QEvent::Hide) << 0;
+    QTest::newRow("host window painted") << QStringLiteral("host") << int(QEvent::Paint) << 0;
+    QTest::newRow("plain main window shown") << QStringLiteral("main") << int(QEvent::Show) << 0;
+    QTest::newRow("subclass of host window shown") << QStringLiteral("lookalike") << int(QEvent::Show) << 0;
+    QTest::newRow("no object") << QString() << int(QEvent::Show) << 0;
+}
+
+void TestNubixPlugin::filtersShowOfHostWindows()
+{
+    QFETCH(QString, kind);
+    QFETCH(int, eventType);
+    QFETCH(int, lines);
+
+    std::unique_ptr<QWidget> widget;
+    const QUrl url = QUrl::fromLocalFile(QDir::homePath());
+    if (kind == QLatin1String("host"))
+        widget.reset(new hfmbase::FileManagerWindow(url));
+    else if (kind == QLatin1String("main"))
+        widget.reset(new QMainWindow);
+    else if (kind == QLatin1String("lookalike"))
+        widget.reset(new LookalikeWindow(url));
+
+    NubixPlugin plugin;
+    MessageLog log;
+    QEvent event {QEvent::Type(eventType)};
+    QVERIFY(!plugin.eventFilter(widget.get(), &event));
+    QCOMPARE(log.lines(QtDebugMsg).count(kShowLine), lines);
+    QVERIFY(log.problems().isEmpty());
+}
+
+void TestNubixPlugin::everyShownWindowIsNoticed()
+{
+    NubixPlugin plugin;
+    qApp->installEventFilter(&plugin);
+    MessageLog log;
+    const QUrl url = QUrl::fromLocalFile(QDir::homePath());
+    hfmbase::FileManagerWindow first(url);
+    hfmbase::FileManagerWindow second(url);
+    QMainWindow other;
+
+    first.show();
+    QTRY_COMPARE(log.lines(QtDebugMsg).count(kShowLine), 1);
+    other.show();
+    second.show();
+    QTRY_COMPARE(log.lines(QtDebugMsg).count(kShowLine), 2);
+    first.hide();
+    first.show();
+    QTRY_COMPARE(log.lines(QtDebugMsg).count(kShowLine), 3);
+    qApp->removeEventFilter(&plugin);
+}
+
+int main(int argc, char **argv)
+{
+    if (argc > 1 && qstrcmp(argv[1], kGateChild) == 0)
+        return runGateChild(argc, argv);
+    QApplication app(argc, argv);
+    TestNubixPlugin test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_nubixplugin.moc"

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// How fast the simulator answers and pushes, measured end to end over a localhost socket.
+// Targets: a "getFileStatus" answer for a 10,000-entry folder within 100 ms, and 10,000
+// notifications per second to one client, sustained.
+#include <kelodrivesim/simulator.h>
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLoggingCategory>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTimer>
+
+namespace {
+
+// Counts frames without parsing them, so that the client costs as little as possible.
+class FrameCounter
+{
+public:
+    explicit FrameCounter(quint16 port)
+    {
+        m_socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+        m_socket.waitForConnected(5000);
+        QObject::connect(&m_socket, &QTcpSocket::readyRead, [this] {
+            const QByteArray bytes = m_socket.readAll();
+            frames += bytes.count('\x0c');
+            bytesRead += bytes.size();
+        });
+    }
+    void send(const QByteArray &bytes)
+    {
+        m_socket.write(bytes);
+        m_socket.flush();
+    }
+    // Runs the event loop until count frames have arrived in all; false after 10 s.
+    bool waitFor(qint64 count)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (frames < count && timer.elapsed() < 10000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        return frames >= count;
+    }
+
+    qint64 frames = 0;
+    qint64 bytesRead = 0;
+
+private:
+    QTcpSocket m_socket;
+};
+
+QByteArray fileStatusRequest(const QString &dir)
+{
+    QJsonObject data;
+    data.insert(QStringLiteral("basedir"), dir);
+    data.insert(QStringLiteral("type"), QStringLiteral("dir"));
+    QJsonObject body;
+    body.insert(QStringLiteral("from"), QStringLiteral("client"));
+    body.insert(QStringLiteral("to"), QStringLiteral("server"));
+    body.insert(QStringLiteral("method"), QStringLiteral("getFileStatus"));
+    body.insert(QStringLiteral("data"), data);
+    body.insert(QStringLiteral("version"), 1);
+    body.insert(QStringLiteral("key"), QStringLiteral("{bench"));
+    body.insert(QStringLiteral("timestamp"), 0);
+    QJsonObject env;
+    env.insert(QStringLiteral("type"), QStringLiteral("ping"));
+    env.insert(QStringLiteral("data"), body);
+    return QJsonDocument(env).toJson() + '\x0c';
+}
+
+void BM_FileStatusOfLargeFolder(benchmark::State &state)
+{
+    const int entries = int(state.range(0));
+    QTemporaryDir dir;
+    const QString root = dir.path() + QStringLiteral("/root");
+    QDir().mkpath(root + QStringLiteral("/big"));
+    for (int i = 0; i < entries; ++i) {
+        QFile file(root + QStringLiteral("/big/file-%1.txt").arg(i, 5, 10, QLatin1Char('0')));
+        file.open(QIODevice::WriteOnly);
+    }
+    kelodrive::Simulator sim;
+    sim.setPortFilePath(QString());
+    sim.setAskPluginInfo(false);
+    sim.setRescanMs(0);
+    sim.setSyncRoot(root);
+    sim.start();
+    FrameCounter client(sim.port());
+    client.waitFor(0);
+    const QByteArray request = fileStatusRequest(QStringLiteral("/big"));
+
+    double worstMs = 0;
+    for (auto _ : state) {
+        QElapsedTimer timer;
+        timer.start();
+        const qint64 want = client.frames + 1;
+        client.send(request);
+        if (!client.waitFor(want)) {
+            state.SkipWithError("no answer");
+            break;
+        }
+        worstMs = qMax(worstMs, timer.nsecsElapsed() / 1e6);
+    }
+    state.counters["entries"] = entries;
+    state.counters["answer_bytes"] = double(client.bytesRead) / double(qMax<qint64>(1, client.frames));
+    state.counters["worst_ms"] = worstMs;
+}
+BENCHMARK(BM_FileStatusOfLargeFolder)->Arg(10000)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+void BM_NotificationBurst(benchmark::State &state)
+{
+    const int burst = int(state.range(0));
+    kelodrive::Simulator sim;
+    sim.setPortFilePath(QString());
+    sim.setAskPluginInfo(false);
+    sim.start();
+    FrameCounter client(sim.port());
+    while (sim.connectionCount() < 1)
+        QCoreApplication::processEvents();
+    for (auto _ : state) {
+        const qint64 want = client.frames + burst;
+        sim.sendBurst(burst, QStringLiteral("fileSyncStatus"));
+        if (!client.waitFor(want)) {
+            state.SkipWithError("notifications lost");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * burst);
+}
+BENCHMARK(BM_NotificationBurst)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+// Pushes at a steady 10,000 per second for the given seconds and checks that the client
+// keeps up: "delivered_per_s" is what arrived, "max_backlog" the most frames in flight.
+void BM_SustainedNotifications(benchmark::State &state)
+{
+    const int seconds = int(state.range(0));
+    constexpr int kRate = 10000;
+    kelodrive::Simulator sim;
+    sim.setPortFilePath(QString());
+    sim.setAskPluginInfo(false);
+    sim.start();
+    FrameCounter client(sim.port());
+    while (sim.connectionCount() < 1)
+        QCoreApplication::processEvents();
+
+    for (auto _ : state) {
+        const qint64 base = client.frames;
+        qint64 sent = 0;
+        qint64 maxBacklog = 0;
+        QElapsedTimer clock;
+        clock.start();
+        QTimer pacer;
+        pacer.setTimerType(Qt::PreciseTimer);
+        pacer.setInterval(1);
+        QObject::connect(&pacer, &QTimer::timeout, [&] {
+            const qint64 due = qMin<qint64>(qint64(seconds) * kRate, clock.nsecsElapsed() * kRate / 1000000000);
+            const qint64 now = due - sent;
+            if (now > 0)
+                sim.sendBurst(int(now), QStringLiteral("syncQuantity"));
+            sent = due;
+            maxBacklog = qMax(maxBacklog, sent - (client.frames - base));
+        });
+        pacer.start();
+        while (sent < qint64(seconds) * kRate)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        pacer.stop();
+        if (!client.waitFor(base + sent)) {
+            state.SkipWithError("notifications lost");
+            break;
+        }
+        const double elapsed = clock.nsecsElapsed() / 1e9;
+        state.counters["delivered_per_s"] = double(sent) / elapsed;
+        state.counters["max_backlog"] = double(maxBacklog);
+    }
+}
+BENCHMARK(BM_SustainedNotifications)->Arg(3)->Iterations(1)->Unit(benchmark::kSecond);
+
+}   // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QLoggingCategory::setFilterRules(
+        QStringLiteral("org.sablo.kelodrive.sim.debug=false\norg.sablo.kelodrive.sim.info=false"));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

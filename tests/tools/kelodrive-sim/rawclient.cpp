@@ -69,7 +69,7 @@ void RawClient::onReadyRead()
 QJsonObject RawClient::waitForResponse(const QString &key, int timeoutMs)
 {
     QJsonObject found;
-    QTest::qWaitFor(
+    const bool answered = QTest::qWaitFor(
         [&] {
             for (const QJsonObject &env : qAsConst(envelopes)) {
                 const QJsonObject body = env.value(QStringLiteral("data")).toObject();
@@ -82,7 +82,7 @@ QJsonObject RawClient::waitForResponse(const QString &key, int timeoutMs)
             return false;
         },
         timeoutMs);
-    return found;
+    return answered ? found : QJsonObject();
 }
 
 QList<QJsonValue> RawClient::notifications(const QString &type) const
@@ -104,7 +104,7 @@ QJsonValue RawClient::waitForNotification(
     const QString &type, const std::function<bool(const QJsonValue &)> &accept, int timeoutMs)
 {
     QJsonValue found = QJsonValue(QJsonValue::Undefined);
-    QTest::qWaitFor(
+    const bool arrived = QTest::qWaitFor(
         [&] {
             const QList<QJsonValue> all = notifications(type);
             for (const QJsonValue &args : all) {
@@ -116,7 +116,7 @@ QJsonValue RawClient::waitForNotification(
             return false;
         },
         timeoutMs);
-    return found;
+    return arrived ? found : QJsonValue(QJsonValue::Undefined);
 }
 
 QList<int> RawClient::statusesOf(const QString &path) const

@@ -90,6 +90,7 @@ private Q_SLOTS:
 
     void offMainThreadWarnsAndCalls_data();
     void offMainThreadWarnsAndCalls();
+    void concurrentSubscribeAndPublish();
 
 private:
     std::unique_ptr<hpf::EventChannelManager> m_channel;
@@ -598,6 +599,62 @@ void TestEvent::offMainThreadWarnsAndCalls()
     worker->start();
     QVERIFY(worker->wait(10000));
     QCOMPARE(calledOn.loadAcquire(), 7);
+}
+
+namespace {
+QAtomicInt g_threadWarnings;
+QtMessageHandler g_previousHandler = nullptr;
+
+void countThreadWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (message.startsWith(QLatin1String("[Event Thread]: The event call does not run in the main thread: ")))
+        g_threadWarnings.ref();
+    else
+        g_previousHandler(type, context, message);
+}
+}   // namespace
+
+void TestEvent::concurrentSubscribeAndPublish()
+{
+    // Workers add receivers and call all three channels at once; every call
+    // must arrive and be reported as off the GUI thread exactly once.
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 200;
+    QAtomicInt listened;
+    QAtomicInt pushed;
+    QAtomicInt followed;
+    m_sequence->declare(kSpace, QStringLiteral("hook_Busy"));
+    m_channel->connect(kSpace, QStringLiteral("slot_Busy"), [&pushed](int) { pushed.ref(); });
+
+    g_threadWarnings.storeRelaxed(0);
+    g_previousHandler = qInstallMessageHandler(countThreadWarnings);
+    std::vector<std::unique_ptr<QThread>> workers;
+    for (int t = 0; t < kThreads; ++t) {
+        workers.emplace_back(QThread::create([&, t] {
+            const hpf::EventType type = 500 + t;
+            for (int i = 0; i < kRounds; ++i) {
+                m_dispatcher->subscribeInvoker(
+                    type, this, hpf::makeInvoker([&listened](int) { listened.ref(); }, QStringLiteral("busy")));
+                m_sequence->followInvoker(kSpace, QStringLiteral("hook_Busy"), this, [&followed](const QVariantList &) {
+                    followed.ref();
+                    return QVariant(true);
+                });
+                m_dispatcher->publish(type, i);
+                m_channel->push(kSpace, QStringLiteral("slot_Busy"), i);
+                m_sequence->run(kSpace, QStringLiteral("hook_Busy"), i);
+            }
+        }));
+        workers.back()->start();
+    }
+    for (auto &worker : workers)
+        QVERIFY(worker->wait(60000));
+    qInstallMessageHandler(g_previousHandler);
+
+    // Round i of a thread publishes to i + 1 listeners of its own event.
+    QCOMPARE(listened.loadRelaxed(), kThreads * kRounds * (kRounds + 1) / 2);
+    QCOMPARE(pushed.loadRelaxed(), kThreads * kRounds);
+    QCOMPARE(followed.loadRelaxed(), kThreads * kRounds);
+    QCOMPARE(g_threadWarnings.loadRelaxed(), kThreads * kRounds * 3);
 }
 
 QTEST_GUILESS_MAIN(TestEvent)

@@ -43,7 +43,7 @@ struct EventDispatcherManager::Private
     {
         QWriteLocker locker(&lock);
         auto it = table.find(type);
-        return it != table.end() && internal::removeOwner(&((*it).*list), owner);
+        return it != table.end() && ((*it).*list).removeOwner(owner);
     }
 };
 
@@ -86,7 +86,7 @@ bool EventDispatcherManager::removeEventFilter(EventType type, const void *owner
 bool EventDispatcherManager::removeGlobalEventFilter(const void *owner)
 {
     QWriteLocker locker(&d->lock);
-    return internal::removeOwner(&d->globalFilters, owner);
+    return d->globalFilters.removeOwner(owner);
 }
 
 bool EventDispatcherManager::hasDispatcher(EventType type) const
@@ -100,34 +100,36 @@ bool EventDispatcherManager::publishList(EventType type, const QVariantList &arg
     if (Q_UNLIKELY(!internal::onMainThread()))
         internal::warnOffMainThread(eventName(type));
 
-    // Copies of implicitly shared lists: the receivers run without the lock,
-    // so they may publish, subscribe or filter again.
-    internal::ReceiverList globals;
-    internal::ReceiverList filters;
-    internal::ReceiverList listeners;
+    internal::Snapshot globals;
+    internal::Snapshot filters;
+    internal::Snapshot listeners;
     {
         QReadLocker locker(&d->lock);
-        globals = d->globalFilters;
+        globals = d->globalFilters.snapshot();
         const auto it = d->table.constFind(type);
         if (it != d->table.cend()) {
-            filters = it->filters;
-            listeners = it->listeners;
+            filters = it->filters.snapshot();
+            listeners = it->listeners.snapshot();
         }
     }
 
-    if (!globals.isEmpty()) {
+    if (globals) {
         const QVariantList globalArgs {QVariant(type), QVariant(args)};
-        for (const internal::Receiver &filter : qAsConst(globals)) {
+        for (const internal::Receiver &filter : *globals) {
             if (internal::invoke(filter, globalArgs).toBool())
                 return false;
         }
     }
-    for (const internal::Receiver &filter : qAsConst(filters)) {
-        if (internal::invoke(filter, args).toBool())
-            return false;
+    if (filters) {
+        for (const internal::Receiver &filter : *filters) {
+            if (internal::invoke(filter, args).toBool())
+                return false;
+        }
     }
-    for (const internal::Receiver &listener : qAsConst(listeners))
-        internal::invoke(listener, args);
+    if (listeners) {
+        for (const internal::Receiver &listener : *listeners)
+            internal::invoke(listener, args);
+    }
     return true;
 }
 

@@ -5,22 +5,58 @@
 
 #include <QCoreApplication>
 #include <QThread>
-#include <QVector>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
+#include <vector>
 
 namespace hpf {
 namespace internal {
 
-// One attached receiver. The invoker is shared so that a call can copy the
-// list cheaply under the read lock and run it after releasing the lock.
+// One attached receiver, with the owner that identifies it for removal.
 struct Receiver
 {
     const void *owner = nullptr;
     std::shared_ptr<const Invoker> invoker;
 };
-using ReceiverList = QVector<Receiver>;
+
+// An immutable list of receivers, taken under the read lock and walked after
+// releasing it, so that receivers may publish, push or subscribe themselves.
+using Snapshot = std::shared_ptr<const std::vector<Receiver>>;
+
+// The receivers of one event or hook. Writers (under the write lock) replace
+// the list instead of changing it, so a snapshot never changes under a reader.
+class ReceiverList
+{
+public:
+    Snapshot snapshot() const { return m_list; }
+
+    void append(Receiver receiver)
+    {
+        auto next
+            = m_list ? std::make_shared<std::vector<Receiver>>(*m_list) : std::make_shared<std::vector<Receiver>>();
+        next->push_back(std::move(receiver));
+        m_list = std::move(next);
+    }
+
+    // Removes every receiver of `owner`; true when one was removed.
+    bool removeOwner(const void *owner)
+    {
+        if (!m_list)
+            return false;
+        auto next = std::make_shared<std::vector<Receiver>>();
+        std::copy_if(m_list->cbegin(), m_list->cend(), std::back_inserter(*next),
+            [owner](const Receiver &r) { return r.owner != owner; });
+        if (next->size() == m_list->size())
+            return false;
+        m_list = next->empty() ? Snapshot() : Snapshot(std::move(next));
+        return true;
+    }
+
+private:
+    Snapshot m_list;
+};
 
 inline bool onMainThread()
 {
@@ -34,15 +70,6 @@ QString topicName(const QString &space, const QString &topic);
 inline QVariant invoke(const Receiver &receiver, const QVariantList &args)
 {
     return (*receiver.invoker)(args);
-}
-
-// Removes every receiver of `owner`; true when one was removed.
-inline bool removeOwner(ReceiverList *list, const void *owner)
-{
-    const int before = list->size();
-    list->erase(std::remove_if(list->begin(), list->end(), [owner](const Receiver &r) { return r.owner == owner; }),
-        list->end());
-    return list->size() != before;
 }
 
 }   // namespace internal

@@ -71,7 +71,7 @@ bool EventSequenceManager::unfollow(const QString &space, const QString &hook, c
     if (it == d->spaces.end())
         return false;
     auto followers = it->find(hook);
-    return followers != it->end() && internal::removeOwner(&*followers, owner);
+    return followers != it->end() && followers->removeOwner(owner);
 }
 
 bool EventSequenceManager::runList(const QString &space, const QString &hook, const QVariantList &args)
@@ -79,7 +79,7 @@ bool EventSequenceManager::runList(const QString &space, const QString &hook, co
     if (Q_UNLIKELY(!internal::onMainThread()))
         internal::warnOffMainThread(internal::topicName(space, hook));
 
-    internal::ReceiverList followers;
+    internal::Snapshot followers;
     {
         QReadLocker locker(&d->lock);
         const auto it = d->spaces.constFind(space);
@@ -88,9 +88,11 @@ bool EventSequenceManager::runList(const QString &space, const QString &hook, co
         const auto list = it->constFind(hook);
         if (list == it->cend())
             return false;
-        followers = *list;
+        followers = list->snapshot();
     }
-    for (const internal::Receiver &follower : qAsConst(followers)) {
+    if (!followers)
+        return false;
+    for (const internal::Receiver &follower : *followers) {
         if (internal::invoke(follower, args).toBool())
             return true;
     }

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "caches/syncrecords.h"
+
+#include <QMap>
+#include <QObject>
+#include <QReadWriteLock>
+
+QT_BEGIN_NAMESPACE
+class QTimer;
+QT_END_NAMESPACE
+
+namespace hfmplugin_nubix {
+
+// The latest state learnt from the sync client: account, sync summary and
+// the status of single files, plus the summary's copy in an INI file.
+// Lives in the GUI thread, where its slots and signals run. syncRoot(),
+// removeFileCache() and every getter are also safe from other threads: the
+// state sits behind a lock and getters return copies. Nothing blocks beyond
+// that lock.
+class NubixCaches : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(NubixCaches)
+public:
+    static NubixCaches *instance();
+
+    // instance() is the one the plug-in uses; other objects serve tests.
+    explicit NubixCaches(QObject *parent = nullptr);
+    ~NubixCaches() override;
+
+    QString syncRoot() const;
+    SyncInfo syncInfo() const;
+    UserInfo userInfo() const;
+
+    // Replaces the account and storage figures; emits nothing, saves nothing.
+    void setUserInfo(const UserInfo &info);
+    // Replaces the whole summary; emits syncRootChanged when the root text
+    // differs, then syncInfoUpdated. GUI thread.
+    void setSyncInfo(const SyncInfo &info);
+
+    // The entry stored under exactly this cloud path, or a default record.
+    FileData fileData(const QString &path) const;
+    // Stores each entry under its path and asks the file view to repaint it
+    // (one "slot_Model_FileUpdate" per entry). GUI thread.
+    void cacheFileDatas(const QList<FileData> &datas);
+    // Drops the entry stored under exactly this cloud path, if any.
+    void removeFileCache(const QString &path);
+
+    // Asks the client for the status of every nubix folder an open window
+    // shows, and of its children. GUI thread.
+    void requestDirStatus();
+
+    // The INI file that keeps the summary between runs.
+    static QString cachePath();
+    void loadCache();
+    void saveCache();
+
+Q_SIGNALS:
+    void syncRootChanged(const QString &root);
+    void syncInfoUpdated();
+
+private:
+    void connectHandler();
+
+    mutable QReadWriteLock lock;
+    UserInfo user;
+    SyncInfo sync;
+    QMap<QString, FileData> files;
+    QTimer *saveTimer = nullptr;
+};
+
+}   // namespace hfmplugin_nubix

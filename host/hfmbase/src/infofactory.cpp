@@ -42,7 +42,10 @@ InfoRegistry &registry()
 // Cache keys ignore a trailing slash: "file:///a/" and "file:///a" are one file.
 QUrl cacheKey(const QUrl &url)
 {
-    return url.adjusted(QUrl::StripTrailingSlash);
+    const QString path = url.path();
+    if (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        return url.adjusted(QUrl::StripTrailingSlash);
+    return url;
 }
 
 // An upper bound so that a long session does not keep every file it ever saw.
@@ -104,11 +107,12 @@ bool InfoFactory::isRegistered(const QString &scheme)
 FileInfoPointer createLocalEntryInfo(const QUrl &url, const QFileInfo &entry)
 {
     // "file" always belongs to the host's own info (a second registration is
-    // refused), so the entry's status can be handed over as it is. The fresh
-    // status also replaces whatever the cache held for that file.
+    // refused), so the entry's status can be handed over as it is. Listing
+    // does not fill the cache (that would cost more than the listing's own
+    // overhead), but an info the cache already holds is replaced by the
+    // fresh one so that nobody is served stale status afterwards.
     FileInfoPointer info(new hfmio::LocalFileInfo(url, entry));
-    if (!InfoCache::instance().cacheDisable(kFileScheme))
-        InfoCache::instance().cacheInfo(url, info);
+    InfoCache::instance().updateCacheInfo(url, info);
     return info;
 }
 
@@ -169,12 +173,35 @@ void InfoCache::cacheInfo(const QUrl &url, const FileInfoPointer &info)
 {
     if (!url.isValid() || !info)
         return;
+    const QUrl key = cacheKey(url);
+    FileInfoPointer replaced;   // destroyed after the lock is released
     QWriteLocker locker(&d->lock);
     if (d->disabledSchemes.contains(url.scheme()))
         return;
+    auto it = d->infos.find(key);
+    if (it != d->infos.end()) {
+        replaced.swap(it.value());
+        it.value() = info;
+        return;
+    }
     if (d->infos.size() >= kMaxCachedInfos)
         d->infos.clear();
-    d->infos.insert(cacheKey(url), info);
+    d->infos.insert(key, info);
+}
+
+bool InfoCache::updateCacheInfo(const QUrl &url, const FileInfoPointer &info)
+{
+    if (!info)
+        return false;
+    const QUrl key = cacheKey(url);
+    FileInfoPointer replaced;   // destroyed after the lock is released
+    QWriteLocker locker(&d->lock);
+    auto it = d->infos.find(key);
+    if (it == d->infos.end())
+        return false;
+    replaced.swap(it.value());
+    it.value() = info;
+    return true;
 }
 
 void InfoCache::removeCacheInfo(const QUrl &url)

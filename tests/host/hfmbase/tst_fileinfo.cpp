@@ -412,6 +412,23 @@ private Q_SLOTS:
         QVERIFY(!InfoCache::instance().getCacheInfo(url));
     }
 
+    void updateOnlyReplacesKeptInfos()
+    {
+        InfoCache &cache = InfoCache::instance();
+        const QUrl url = QUrl::fromLocalFile(tmp.filePath(QStringLiteral("notes.tar.gz")));
+        cache.removeCacheInfo(url);
+        FileInfoPointer fresh = InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateNoCache);
+        QVERIFY(!cache.updateCacheInfo(url, fresh));
+        QVERIFY(!cache.getCacheInfo(url));
+
+        FileInfoPointer kept = InfoFactory::create<FileInfo>(url);
+        QCOMPARE(cache.getCacheInfo(url), kept);
+        QVERIFY(cache.updateCacheInfo(url, fresh));
+        QCOMPARE(InfoFactory::create<FileInfo>(url), fresh);
+        QVERIFY(!cache.updateCacheInfo(url, FileInfoPointer()));
+        QCOMPARE(cache.getCacheInfo(url), fresh);
+    }
+
     void trailingSlashIsTheSameCachedFile()
     {
         const QString path = tmp.filePath(QStringLiteral("dir"));

@@ -58,6 +58,9 @@ public:
     bool cacheDisable(const QString &scheme) const;
     FileInfoPointer getCacheInfo(const QUrl &url) const;
     void cacheInfo(const QUrl &url, const FileInfoPointer &info);
+    // Replaces the kept info of `url` with a fresher one; false (and nothing
+    // kept) when the cache held none.
+    bool updateCacheInfo(const QUrl &url, const FileInfoPointer &info);
     void removeCacheInfo(const QUrl &url);
     void clear();
 

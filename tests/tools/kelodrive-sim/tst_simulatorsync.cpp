@@ -52,6 +52,8 @@ private Q_SLOTS:
     void folderShowsBusiestChild();
     void lostRootIsReported();
     void rootCanBeClearedAndSet();
+    void listingEscapesNames_data();
+    void listingEscapesNames();
     void burstSendsEveryNotification();
     void malformedFramesReachThePeer();
 
@@ -318,6 +320,55 @@ void SimulatorSyncTest::rootCanBeClearedAndSet()
     QVERIFY(QFileInfo(other).isDir());
     QCOMPARE(m_client->waitForNotification(u"syncRoot"_s).toString(), other);
     QVERIFY(m_client->waitForNotification(u"syncInited"_s).toBool());
+}
+
+void SimulatorSyncTest::listingEscapesNames_data()
+{
+    QTest::addColumn<bool>("indented");
+    QTest::addColumn<QString>("key");
+
+    QTest::newRow("compact") << false << u"{plain"_s;
+    QTest::newRow("indented") << true << u"{plain"_s;
+    QTest::newRow("key imitating the result") << false << u"\"result\":null"_s;
+}
+
+void SimulatorSyncTest::listingEscapesNames()
+{
+    QFETCH(bool, indented);
+    QFETCH(QString, key);
+
+    const QStringList names
+        = {u"quote\"d.txt"_s, u"back\\slash.txt"_s, u"tab\there.txt"_s, u"日本語.txt"_s, u"emoji 🙂.txt"_s};
+    for (const QString &name : names)
+        QVERIFY(writeFile(local(u"/odd/"_s + name), "x"));
+    m_sim->rescan();
+    m_sim->setIndentedOutput(indented);
+
+    QJsonObject args;
+    args.insert(u"basedir", u"/odd"_s);
+    args.insert(u"type", u"dir"_s);
+    QJsonObject body;
+    body.insert(u"method", u"getFileStatus"_s);
+    body.insert(u"key", key);
+    body.insert(u"data", args);
+    m_client->sendEnvelope(u"ping"_s, body);
+    const QJsonObject answer = m_client->waitForResponse(key);
+    QCOMPARE(m_client->unparsable, 0);
+    QCOMPARE(answer.value(u"method").toString(), u"getFileStatus"_s);
+    const QJsonArray result = answer.value(u"data").toObject().value(u"result").toArray();
+    QStringList paths;
+    for (const QJsonValue &entry : result) {
+        paths << entry.toObject().value(u"path").toString();
+        const int status = entry.toObject().value(u"plan_status").toInt();
+        QVERIFY(status >= 1 && status <= 3);   // new files, somewhere on their way
+        QVERIFY(entry.toObject().value(u"fileid").toDouble() > 0);
+    }
+    QStringList expected;
+    for (const QString &name : names)
+        expected << u"/odd/"_s + name;
+    paths.sort();
+    expected.sort();
+    QCOMPARE(paths, expected);
 }
 
 void SimulatorSyncTest::burstSendsEveryNotification()

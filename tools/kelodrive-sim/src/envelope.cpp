@@ -60,6 +60,45 @@ QByteArray response(const QString &method, const QString &key, int code, const Q
     return encode(QStringLiteral("pong"), body(method, data, key), indented);
 }
 
+QByteArray rawResponse(const QString &method, const QString &key, int code, const QByteArray &resultJson, bool indented)
+{
+    QJsonObject data;
+    data.insert(QLatin1String("code"), code);
+    data.insert(QLatin1String("result"), QJsonValue::Null);
+    QByteArray bytes = encode(QStringLiteral("pong"), body(method, data, key), indented);
+    // Keys are sorted, so the first "result" is ours: "data" comes before anything a peer
+    // chose, and inside it "code" before "result". Quotes inside strings are escaped, so a
+    // peer's key cannot imitate the placeholder.
+    const QByteArray placeholder = indented ? QByteArray("\"result\": null") : QByteArray("\"result\":null");
+    const int at = bytes.indexOf(placeholder);
+    if (at < 0)
+        return bytes;
+    const int valueAt = at + placeholder.size() - 4;
+    bytes.replace(valueAt, 4, resultJson);
+    return bytes;
+}
+
+void appendJsonString(QByteArray &out, const QString &text)
+{
+    static const char hex[] = "0123456789abcdef";
+    out.append('"');
+    const QByteArray utf8 = text.toUtf8();
+    for (const char c : utf8) {
+        const auto u = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\') {
+            out.append('\\');
+            out.append(c);
+        } else if (u < 0x20) {
+            out.append("\\u00");
+            out.append(hex[u >> 4]);
+            out.append(hex[u & 0xf]);
+        } else {
+            out.append(c);
+        }
+    }
+    out.append('"');
+}
+
 Incoming parse(const QByteArray &frame)
 {
     Incoming in;

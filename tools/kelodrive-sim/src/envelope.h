@@ -21,6 +21,11 @@ QByteArray encode(const QString &type, const QJsonObject &body, bool indented);
 QByteArray ping(const QString &method, const QJsonValue &data, bool indented);
 QByteArray notification(const QString &name, const QJsonValue &args, bool indented);
 QByteArray response(const QString &method, const QString &key, int code, const QJsonValue &result, bool indented);
+// The same with "result" given as serialised JSON text, for answers too large to build as objects.
+QByteArray rawResponse(
+    const QString &method, const QString &key, int code, const QByteArray &resultJson, bool indented);
+// A JSON string literal, quotes included.
+void appendJsonString(QByteArray &out, const QString &text);
 
 // What a peer sent; ok is false with a reason when the frame cannot be used.
 struct Incoming

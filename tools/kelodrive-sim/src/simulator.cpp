@@ -153,7 +153,11 @@ void SimulatorPrivate::handlePong(Peer *peer, const envelope::Incoming &in)
 
 void SimulatorPrivate::respond(Peer *peer, const envelope::Incoming &in, int code, const QJsonValue &result)
 {
-    const QByteArray bytes = envelope::response(in.method, in.key, code, result, indented);
+    send(peer, envelope::response(in.method, in.key, code, result, indented));
+}
+
+void SimulatorPrivate::send(Peer *peer, const QByteArray &bytes)
+{
     if (responseDelayMs <= 0) {
         peer->send(bytes);
         return;
@@ -178,16 +182,16 @@ void SimulatorPrivate::handleRequest(Peer *peer, const envelope::Incoming &in)
         const QJsonValue basedir = args.value(QLatin1String("basedir"));
         const QString type = args.value(QLatin1String("type")).toString();
         bool ok = basedir.isString() && (type == QLatin1String("dir") || type == QLatin1String("file"));
-        QJsonArray result;
-        if (ok) {
-            const QList<FileEntry> entries = engine.status(basedir.toString(), type == QLatin1String("dir"), &ok);
-            for (const FileEntry &entry : entries)
-                result.append(entryJson(entry));
-        }
+        QList<FileEntry> entries;
+        if (ok)
+            entries = engine.status(basedir.toString(), type == QLatin1String("dir"), &ok);
         if (!ok)
             qCWarning(lcKeloSim).noquote()
                 << QStringLiteral("Simulator: bad getFileStatus arguments from peer %1").arg(peer->id()) << args;
-        respond(peer, in, ok ? Simulator::Ok : Simulator::BadArguments, result);
+        // Folders can hold many thousands of entries: write them as text, not as objects.
+        send(peer,
+            envelope::rawResponse(
+                in.method, in.key, ok ? Simulator::Ok : Simulator::BadArguments, entriesJson(entries), indented));
     } else if (method == QLatin1String("setSyncPause")) {
         respond(peer, in, Simulator::Ok, QJsonObject());
         q->setPaused(true);
@@ -323,6 +327,33 @@ QJsonObject SimulatorPrivate::entryJson(const FileEntry &e)
     o.insert(QLatin1String("plan_error"), e.planError);
     o.insert(QLatin1String("plan_status"), e.planStatus);
     return o;
+}
+
+QByteArray SimulatorPrivate::entriesJson(const QList<FileEntry> &entries)
+{
+    QByteArray out;
+    out.reserve(entries.size() * 96 + 2);
+    out.append('[');
+    for (int i = 0; i < entries.size(); ++i) {
+        const FileEntry &e = entries.at(i);
+        if (i > 0)
+            out.append(',');
+        out.append("{\"fileid\":");
+        out.append(QByteArray::number(e.fileId));
+        out.append(",\"isDir\":");
+        out.append(e.isDir ? "true" : "false");
+        out.append(",\"path\":");
+        envelope::appendJsonString(out, e.path);
+        out.append(",\"plan\":");
+        envelope::appendJsonString(out, e.plan);
+        out.append(",\"plan_error\":");
+        out.append(QByteArray::number(e.planError));
+        out.append(",\"plan_status\":");
+        out.append(QByteArray::number(e.planStatus));
+        out.append('}');
+    }
+    out.append(']');
+    return out;
 }
 
 QJsonValue SimulatorPrivate::payloadFor(const QString &type) const

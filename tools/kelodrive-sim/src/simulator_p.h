@@ -30,6 +30,7 @@ public:
     void handleRequest(Peer *peer, const envelope::Incoming &in);
     void handlePong(Peer *peer, const envelope::Incoming &in);
     void respond(Peer *peer, const envelope::Incoming &in, int code, const QJsonValue &result);
+    void send(Peer *peer, const QByteArray &bytes);
     void closeAllPeers();
     void writePortFile();
     void broadcast(const QByteArray &framedBytes, bool isNotification);
@@ -43,6 +44,7 @@ public:
     QJsonObject countsJson() const;
     QJsonValue payloadFor(const QString &type) const;
     static QJsonObject entryJson(const FileEntry &entry);
+    static QByteArray entriesJson(const QList<FileEntry> &entries);
 
     Simulator *const q;
     std::unique_ptr<QTcpServer> server;

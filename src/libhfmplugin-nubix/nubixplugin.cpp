@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "nubixplugin.h"
 
+#include "caches/nubixcaches.h"
 #include "events/eventshandler.h"
 #include "ipc/nubixmessagehandler.h"
 
@@ -98,10 +99,16 @@ bool NubixPlugin::start()
     // titlebar plug-ins go here, each through doRegStuff, as EventsHandler
     // gains them.
 
+    // The cache first, so that the summary read from disk is in place before
+    // the first answer can arrive.
+    NubixCaches::instance();
     NubixMessageHandler::instance();
 
-    // Then: the status cache's signals to the sidebar and to the choice
-    // between tree and welcome page, and the first connection attempt.
+    // The cache's syncInfoUpdated and syncRootChanged are wired here to the
+    // sidebar and to the choice between tree and welcome page once
+    // EventsHandler has them.
+
+    NubixMessageHandler::instance()->tryConnect();
 
     qApp->installEventFilter(this);
     return true;
@@ -112,7 +119,8 @@ bool NubixPlugin::eventFilter(QObject *watched, QEvent *event)
     if (watched && event && event->type() == QEvent::Show
         && qstrcmp(watched->metaObject()->className(), "hfmbase::FileManagerWindow") == 0) {
         nubixDebug() << "window showed, try connect to nubix server.";
-        // Every show retries; whether a connection is already up is decided by the connection attempt.
+        // Every show retries; tryConnect() itself knows whether a connection is up.
+        NubixMessageHandler::instance()->tryConnect();
     }
     return false;
 }

@@ -5,7 +5,8 @@
 
 #include <QMap>
 #include <QObject>
-#include <QReadWriteLock>
+
+#include <shared_mutex>
 
 QT_BEGIN_NAMESPACE
 class QTimer;
@@ -64,7 +65,9 @@ Q_SIGNALS:
 private:
     void connectHandler();
 
-    mutable QReadWriteLock lock;
+    // A plain reader-writer lock: cheap when uncontended, and visible to
+    // thread checkers. Never held while a signal is emitted.
+    mutable std::shared_mutex lock;
     UserInfo user;
     SyncInfo sync;
     QMap<QString, FileData> files;

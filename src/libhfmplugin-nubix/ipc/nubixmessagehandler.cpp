@@ -5,8 +5,12 @@
 #include "tcpclient.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QJsonDocument>
 #include <QMap>
+#include <QProcess>
+#include <QTimer>
 #include <QUuid>
 
 namespace hfmplugin_nubix {
@@ -17,6 +21,38 @@ const QString kTypeResponse = QStringLiteral("pong");
 const QString kMethodPluginInfo = QStringLiteral("getPluginInfo");
 const QString kMethodNotify = QStringLiteral("notify");
 const QString kPluginVersion = QStringLiteral("1.0.7");
+const QString kServerHost = QStringLiteral("localhost");
+constexpr int kRetryDelayMs = 3000;
+constexpr int kPgrepTimeoutMs = 30000;
+
+void warnUnexpectedArgs(const char *parser)
+{
+    nubixWarning().noquote() << "NubixMessageHandler: Unexpected argument type for method" << QLatin1String(parser);
+}
+
+SyncQuantity toSyncQuantity(const QVariantMap &map)
+{
+    SyncQuantity quantity;
+    quantity.todo = map.value(QStringLiteral("todo"), 0).toInt();
+    quantity.doing = map.value(QStringLiteral("doing"), 0).toInt();
+    quantity.done = map.value(QStringLiteral("done"), 0).toInt();
+    quantity.error = map.value(QStringLiteral("error"), 0).toInt();
+    return quantity;
+}
+
+SyncError toSyncError(const QVariantMap &map)
+{
+    SyncError errors;
+    errors.isPaused = map.value(QStringLiteral("isPaused"), false).toBool();
+    errors.isRemoteSpaceLow = map.value(QStringLiteral("isRemoteSpaceLow"), false).toBool();
+    errors.isLocalSpaceLow = map.value(QStringLiteral("isLocalSpaceLow"), false).toBool();
+    errors.isLocalPathExist = map.value(QStringLiteral("isLocalPathExist"), false).toBool();
+    errors.isLocalPermitionForbid = map.value(QStringLiteral("isLocalPermitionForbid"), false).toBool();
+    errors.isUnknown = map.value(QStringLiteral("isUnknown"), false).toBool();
+    errors.isFlowEmpty = map.value(QStringLiteral("isFlowEmpty"), false).toBool();
+    errors.isOnline = map.value(QStringLiteral("isOnline"), false).toBool();
+    return errors;
+}
 }   // namespace
 
 NubixMessageHandler *NubixMessageHandler::instance()
@@ -27,6 +63,7 @@ NubixMessageHandler *NubixMessageHandler::instance()
 
 NubixMessageHandler::NubixMessageHandler(QObject *parent) : QObject(parent), tcpClient(new TcpClient(this))
 {
+    registerSyncRecordTypes();
     nubixInfo() << "NubixMessageHandler: Initializing";
 
     connect(tcpClient, &TcpClient::connected, this, [this] {
@@ -39,8 +76,7 @@ NubixMessageHandler::NubixMessageHandler(QObject *parent) : QObject(parent), tcp
         connected = false;
         Q_EMIT sigDisconnected();
     });
-    // TcpClient::errorOccured is wired here to the retry logic of the
-    // connection management once that lands.
+    connect(tcpClient, &TcpClient::errorOccured, this, &NubixMessageHandler::onTcpError);
     connect(tcpClient, &TcpClient::messageReceived, this, &NubixMessageHandler::handleMessage);
 
     nubixInfo() << "NubixMessageHandler: Initialization complete";
@@ -196,21 +232,303 @@ void NubixMessageHandler::handleSignals(const QJsonObject &body)
 
 const QMap<QString, NubixMessageHandler::ResponseParser> &NubixMessageHandler::responseParsers()
 {
-    // One entry per method whose answer the plug-in reads; filled as those
-    // parsers are added.
+    // Answers to the other requests (sync controls, navigation) are only logged.
     static const QMap<QString, ResponseParser> parsers = [] {
         qRegisterMetaType<ResponseParser>("ResponseParser");
-        return QMap<QString, ResponseParser> {};
+        return QMap<QString, ResponseParser> {
+            {QStringLiteral("getUserInfo"), &NubixMessageHandler::parseResponseUserInfo},
+            {QStringLiteral("getSyncInfo"), &NubixMessageHandler::parseResponseSyncInfo},
+            {QStringLiteral("getFileStatus"), &NubixMessageHandler::parseResponseFileStatus},
+        };
     }();
     return parsers;
 }
 
 const QMap<QString, NubixMessageHandler::SignalParser> &NubixMessageHandler::signalParsers()
 {
-    // One entry per notification the client pushes; filled as those parsers
-    // are added.
-    static const QMap<QString, SignalParser> parsers {};
+    static const QMap<QString, SignalParser> parsers {
+        {QStringLiteral("syncInited"), &NubixMessageHandler::parseSigSyncInited},
+        {QStringLiteral("syncRoot"), &NubixMessageHandler::parseSigSyncRootChanged},
+        {QStringLiteral("banDirs"), &NubixMessageHandler::parseSigBannedDirChanged},
+        {QStringLiteral("syncQuantity"), &NubixMessageHandler::parseSigSyncQuantityChanged},
+        {QStringLiteral("syncErrors"), &NubixMessageHandler::parseSigSyncErrorOccured},
+        {QStringLiteral("fileSyncStatus"), &NubixMessageHandler::parseSigFileSyncStatusChanged},
+    };
     return parsers;
+}
+
+// Connection ------------------------------------------------------------------
+
+void NubixMessageHandler::tryConnect()
+{
+    if (connected) {
+        nubixInfo() << "NubixMessageHandler: Already connected.";
+        return;
+    }
+    nubixInfo() << "NubixMessageHandler: Attempting to connect...";
+    connectServer();
+}
+
+void NubixMessageHandler::connectServer()
+{
+    const quint16 port = readPort();
+    if (port == 0) {
+        // Port file problems go to the default category so they show whatever the plug-in's filter.
+        qCritical() << "NubixMessageHandler: Failed to read valid port from config";
+        return;
+    }
+    nubixInfo() << "NubixMessageHandler: Connecting to server on localhost:" << port;
+    tcpClient->connectToServer(kServerHost, port);
+}
+
+QString NubixMessageHandler::portFilePath()
+{
+    return QDir::homePath() + QStringLiteral("/.config/kelodrive/App Data/ipc");
+}
+
+quint16 NubixMessageHandler::readPort()
+{
+    const QString path = portFilePath();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        qCritical() << "NubixMessageHandler: Cannot open config file:" << path;
+        return 0;
+    }
+    const QString line = QString::fromUtf8(file.readLine()).trimmed();
+    file.close();
+
+    bool ok = false;
+    const quint16 port = line.toUShort(&ok, 10);
+    if (!ok) {
+        qCritical() << "NubixMessageHandler: Invalid port number in config file:" << line;
+        return 0;
+    }
+    nubixDebug() << "NubixMessageHandler: Read port from config:" << port;
+    return port;
+}
+
+bool NubixMessageHandler::isProcessRunning(const QString &name)
+{
+    QProcess pgrep;
+    pgrep.start(QStringLiteral("pgrep"), {QStringLiteral("-f"), name});
+    // A pgrep that cannot start or hangs leaves no output: the client counts as not running.
+    if (!pgrep.waitForFinished(kPgrepTimeoutMs) && pgrep.state() != QProcess::NotRunning) {
+        pgrep.kill();
+        pgrep.waitForFinished();
+    }
+    const bool running = !pgrep.readAllStandardOutput().trimmed().isEmpty();
+    nubixDebug() << "NubixMessageHandler: Process" << name << (running ? "is running" : "is not running");
+    return running;
+}
+
+void NubixMessageHandler::launchApp()
+{
+    const QString program = nubixExecPath();
+    nubixInfo() << "NubixMessageHandler: Launching app:" << program;
+    QProcess::startDetached(program, QStringList());
+}
+
+void NubixMessageHandler::onTcpError(QAbstractSocket::SocketError error)
+{
+    nubixWarning() << "NubixMessageHandler: TCP error occurred:" << error;
+    if (error != QAbstractSocket::ConnectionRefusedError) {
+        // A closed connection is not retried here either: the next tryConnect() of a caller reconnects.
+        nubixWarning() << "NubixMessageHandler: Unhandled TCP error:" << error;
+        return;
+    }
+    if (isProcessRunning(nubixExecPath())) {
+        nubixInfo() << "NubixMessageHandler: Server process running, retrying connection in 3 seconds";
+        QTimer::singleShot(kRetryDelayMs, Qt::CoarseTimer, this, [this] { tryConnect(); });
+    } else {
+        nubixInfo() << "NubixMessageHandler: Server process not running, stopping reconnection attempts";
+    }
+}
+
+// Requests --------------------------------------------------------------------
+
+QString NubixMessageHandler::requestUserInfo()
+{
+    nubixDebug() << "NubixMessageHandler: Requesting user info";
+    return request(QStringLiteral("getUserInfo"), QVariantMap());
+}
+
+QString NubixMessageHandler::requestSyncInfo()
+{
+    nubixDebug() << "NubixMessageHandler: Requesting sync info";
+    return request(QStringLiteral("getSyncInfo"), QVariantMap());
+}
+
+QString NubixMessageHandler::requestFileStatus(const QString &path, bool isDir)
+{
+    nubixDebug() << "NubixMessageHandler: Requesting file status for" << path << (isDir ? "(directory)" : "(file)");
+    // The path travels under "basedir" for a single file too.
+    const QVariantMap data {
+        {QStringLiteral("basedir"), path},
+        {QStringLiteral("type"), isDir ? QStringLiteral("dir") : QStringLiteral("file")},
+    };
+    return request(QStringLiteral("getFileStatus"), data);
+}
+
+void NubixMessageHandler::requestSyncPause()
+{
+    nubixDebug() << "NubixMessageHandler: Requesting sync pause";
+    request(QStringLiteral("setSyncPause"), QVariantMap());
+}
+
+void NubixMessageHandler::requestSyncResume()
+{
+    nubixDebug() << "NubixMessageHandler: Requesting sync resume";
+    request(QStringLiteral("setSyncResume"), QVariantMap());
+}
+
+void NubixMessageHandler::requestSyncStart()
+{
+    nubixDebug() << "NubixMessageHandler: Requesting sync start";
+    request(QStringLiteral("setSyncStart"), QVariantMap());
+}
+
+void NubixMessageHandler::requestNavigate(PageType page)
+{
+    nubixDebug() << "NubixMessageHandler: Navigating to page:" << qint32(page);
+    QVariantMap payload;
+    if (!navigatePayload(page, &payload)) {
+        nubixWarning() << "NubixMessageHandler: Invalid navigate page:" << qint32(page);
+        return;
+    }
+    request(QStringLiteral("navigate"), payload);
+}
+
+// Notifications ---------------------------------------------------------------
+
+void NubixMessageHandler::parseSigSyncInited(const QVariant &args)
+{
+    if (!args.canConvert<bool>()) {
+        warnUnexpectedArgs("parseSigSyncInited");
+        return;
+    }
+    Q_EMIT sigSyncInited(args.toBool());
+}
+
+void NubixMessageHandler::parseSigSyncRootChanged(const QVariant &args)
+{
+    if (!args.canConvert<QString>()) {
+        warnUnexpectedArgs("parseSigSyncRootChanged");
+        return;
+    }
+    // The new root is only taken over from the answer; the key is not needed.
+    requestSyncInfo();
+    Q_EMIT sigSyncRootChanged(args.toString());
+}
+
+void NubixMessageHandler::parseSigBannedDirChanged(const QVariant &args)
+{
+    if (!args.canConvert<QStringList>()) {
+        warnUnexpectedArgs("parseSigBannedDirChanged");
+        return;
+    }
+    Q_EMIT sigBanDirsChanged(args.toStringList());
+}
+
+void NubixMessageHandler::parseSigSyncQuantityChanged(const QVariant &args)
+{
+    if (!args.canConvert<QVariantMap>()) {
+        warnUnexpectedArgs("parseSigSyncQuantityChanged");
+        return;
+    }
+    Q_EMIT sigSyncQuantityChanged(toSyncQuantity(args.toMap()));
+}
+
+void NubixMessageHandler::parseSigSyncErrorOccured(const QVariant &args)
+{
+    if (!args.canConvert<QVariantMap>()) {
+        warnUnexpectedArgs("parseSigSyncErrorOccured");
+        return;
+    }
+    Q_EMIT sigSyncErrorOccured(toSyncError(args.toMap()));
+}
+
+void NubixMessageHandler::parseSigFileSyncStatusChanged(const QVariant &args)
+{
+    if (!args.canConvert<QVariantMap>()) {
+        warnUnexpectedArgs("parseSigFileSyncStatusChanged");
+        return;
+    }
+    const QVariantMap map = args.toMap();
+    FileData data;
+    data.path = map.value(QStringLiteral("path"), QString()).toString();
+    data.isDir = map.value(QStringLiteral("isDir"), false).toBool();
+    // Read narrower than in answers on purpose: notifications keep only a 32-bit id.
+    data.fileId = map.value(QStringLiteral("fileid"), 0).toInt();
+    data.plan = map.value(QStringLiteral("plan"), QString()).toString();
+    data.planStatus = map.value(QStringLiteral("plan_status"), 0).toInt();
+    Q_EMIT sigFileSyncStatusChanged(data);
+}
+
+// Responses -------------------------------------------------------------------
+
+void NubixMessageHandler::parseResponseUserInfo(const QString &key, const QVariantMap &data)
+{
+    // The client's result code is read but not interpreted: failures still carry a result.
+    const int code = data.value(QStringLiteral("code")).toInt();
+    Q_UNUSED(code)
+    const QVariantMap result = data.value(QStringLiteral("result")).toMap();
+    const QVariantMap account = result.value(QStringLiteral("account")).toMap();
+    const QVariantMap storage = result.value(QStringLiteral("storage")).toMap();
+
+    UserInfo info;
+    info.account.uid = account.value(QStringLiteral("uid")).toString();
+    info.account.phone = account.value(QStringLiteral("phone")).toString();
+    info.account.nickname = account.value(QStringLiteral("nickname")).toString();
+    info.account.email = account.value(QStringLiteral("email")).toString();
+    info.account.avatarLink = account.value(QStringLiteral("avatarLink")).toString();
+    info.account.bookType = account.value(QStringLiteral("bookType")).toInt();
+    info.account.isAdmin = account.value(QStringLiteral("isAdmin")).toBool();
+    info.free = storage.value(QStringLiteral("free")).toLongLong();
+    info.used = storage.value(QStringLiteral("used")).toLongLong();
+    info.total = storage.value(QStringLiteral("total")).toLongLong();
+    info.relative = storage.value(QStringLiteral("relative")).toLongLong();
+    info.quota = storage.value(QStringLiteral("quota")).toLongLong();
+    Q_EMIT sigResponseUserInfo(key, info);
+}
+
+void NubixMessageHandler::parseResponseSyncInfo(const QString &key, const QVariantMap &data)
+{
+    // The client's result code is read but not interpreted: failures still carry a result.
+    const int code = data.value(QStringLiteral("code")).toInt();
+    Q_UNUSED(code)
+    const QVariantMap result = data.value(QStringLiteral("result")).toMap();
+
+    SyncInfo info;
+    info.syncInited = result.value(QStringLiteral("syncInited")).toBool();
+    info.syncRoot = result.value(QStringLiteral("syncRoot")).toString();
+    info.banDirs = result.value(QStringLiteral("banDirs")).toStringList();
+    info.isPublicCloud = result.value(QStringLiteral("isPublicCloud")).toBool();
+    info.syncQuantity = toSyncQuantity(result.value(QStringLiteral("syncQuantity")).toMap());
+    info.syncErrors = toSyncError(result.value(QStringLiteral("syncErrors")).toMap());
+    Q_EMIT sigResponseSyncInfo(key, info);
+}
+
+void NubixMessageHandler::parseResponseFileStatus(const QString &key, const QVariantMap &data)
+{
+    // The client's result code is read but not interpreted: failures still carry a result.
+    const int code = data.value(QStringLiteral("code")).toInt();
+    Q_UNUSED(code)
+    const QVariantList result = data.value(QStringLiteral("result")).toList();
+
+    QList<FileData> datas;
+    datas.reserve(result.size());
+    for (const QVariant &element : result) {
+        const QVariantMap map = element.toMap();
+        FileData file;
+        file.fileId = map.value(QStringLiteral("fileid")).toLongLong();
+        file.isDir = map.value(QStringLiteral("isDir")).toBool();
+        file.path = map.value(QStringLiteral("path")).toString();
+        file.plan = map.value(QStringLiteral("plan")).toString();
+        file.planError = map.value(QStringLiteral("plan_error")).toInt();
+        file.planStatus = map.value(QStringLiteral("plan_status")).toInt();
+        datas.append(file);
+    }
+    Q_EMIT sigResponseFileStatus(key, datas);
 }
 
 }   // namespace hfmplugin_nubix

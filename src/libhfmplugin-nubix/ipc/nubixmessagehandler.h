@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "caches/syncrecords.h"
+
+#include <QAbstractSocket>
 #include <QJsonObject>
 #include <QObject>
 #include <QVariantMap>
@@ -34,12 +37,46 @@ public:
     bool isConnected() const { return connected; }
     TcpClient *client() const { return tcpClient; }
 
+    // Connection: everybody calls tryConnect(); it does nothing while
+    // connected, otherwise connects to the port the client wrote in the
+    // home directory. A refused connection is retried every 3 s while the
+    // client's process runs. isProcessRunning() blocks while "pgrep" runs.
+    void tryConnect();
+    void connectServer();
+    // The client's port from its port file; 0 when there is none or it is invalid.
+    quint16 readPort();
+    static QString portFilePath();
+    static bool isProcessRunning(const QString &name);
+    // Starts the client detached; does not connect.
+    static void launchApp();
+
+    // Requests to the client; each is sent whether or not connected.
+    QString requestUserInfo();
+    QString requestSyncInfo();
+    // isDir: the status of everything in the directory, else of the one item.
+    QString requestFileStatus(const QString &path, bool isDir);
+    void requestSyncPause();
+    void requestSyncResume();
+    void requestSyncStart();
+    // Asks the client to show one of its pages; an invalid page is only logged.
+    void requestNavigate(PageType page);
+
 public Q_SLOTS:
     void handleMessage(const QString &message);
+    void onTcpError(QAbstractSocket::SocketError error);
 
 Q_SIGNALS:
     void sigConnected();
     void sigDisconnected();
+    void sigSyncInited(bool inited);
+    void sigSyncRootChanged(const QString &root);
+    void sigBanDirsChanged(const QStringList &dirs);
+    void sigSyncQuantityChanged(const SyncQuantity &quantity);
+    void sigSyncErrorOccured(const SyncError &errors);
+    void sigFileSyncStatusChanged(const FileData &data);
+    void sigResponseUserInfo(const QString &key, const UserInfo &info);
+    void sigResponseSyncInfo(const QString &key, const SyncInfo &info);
+    void sigResponseFileStatus(const QString &key, const QList<FileData> &datas);
 
 private Q_SLOTS:
     void handleRequest(const QJsonObject &body);
@@ -48,6 +85,18 @@ private Q_SLOTS:
     void onRequestPluginInfo(const QString &key);
 
 private:
+    // Notification parsers: each checks the kind of "args" first.
+    void parseSigSyncInited(const QVariant &args);
+    void parseSigSyncRootChanged(const QVariant &args);
+    void parseSigBannedDirChanged(const QVariant &args);
+    void parseSigSyncQuantityChanged(const QVariant &args);
+    void parseSigSyncErrorOccured(const QVariant &args);
+    void parseSigFileSyncStatusChanged(const QVariant &args);
+    // Response parsers: absent or mistyped values become defaults.
+    void parseResponseUserInfo(const QString &key, const QVariantMap &data);
+    void parseResponseSyncInfo(const QString &key, const QVariantMap &data);
+    void parseResponseFileStatus(const QString &key, const QVariantMap &data);
+
     using ResponseParser = void (NubixMessageHandler::*)(const QString &key, const QVariantMap &data);
     using SignalParser = void (NubixMessageHandler::*)(const QVariant &args);
     static const QMap<QString, ResponseParser> &responseParsers();

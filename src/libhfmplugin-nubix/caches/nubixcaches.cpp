@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "nubixcaches.h"
+
+#include "ipc/nubixmessagehandler.h"
+#include "nubixglobal.h"
+
+#include <hfmbase/filemanagerwindow.h>
+#include <hfmbase/filemanagerwindowsmanager.h>
+#include <hpf/event/event.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QTimer>
+#include <QUrl>
+
+#include <mutex>
+
+namespace hfmplugin_nubix {
+
+namespace {
+constexpr int kSaveDelayMs = 500;
+const QString kWorkspaceSpace = QStringLiteral("hfmplugin_workspace");
+const QString kFileUpdateSlot = QStringLiteral("slot_Model_FileUpdate");
+
+const QString kKeyInited = QStringLiteral("Inited");
+const QString kKeyIsPublic = QStringLiteral("IsPublic");
+const QString kKeySyncRoot = QStringLiteral("SyncRoot");
+const QString kKeyQuota = QStringLiteral("Quota");
+const QString kKeySizeTotal = QStringLiteral("SizeTotal");
+const QString kKeySizeUsed = QStringLiteral("SizeUsed");
+
+using ReadLock = std::shared_lock<std::shared_mutex>;
+using WriteLock = std::unique_lock<std::shared_mutex>;
+}   // namespace
+
+NubixCaches *NubixCaches::instance()
+{
+    static NubixCaches caches;
+    return &caches;
+}
+
+NubixCaches::NubixCaches(QObject *parent) : QObject(parent)
+{
+    registerSyncRecordTypes();
+    saveTimer = new QTimer(this);
+
+    const QString path = cachePath();
+    if (!QFile::exists(path)) {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            file.close();
+    }
+    loadCache();
+    connectHandler();
+
+    connect(saveTimer, &QTimer::timeout, this, &NubixCaches::saveCache);
+    saveTimer->setSingleShot(true);
+    saveTimer->setInterval(kSaveDelayMs);
+}
+
+NubixCaches::~NubixCaches()
+{
+    saveCache();
+}
+
+void NubixCaches::connectHandler()
+{
+    NubixMessageHandler *handler = NubixMessageHandler::instance();
+    connect(handler, &NubixMessageHandler::sigResponseUserInfo, this,
+        [this](const QString &, const UserInfo &info) { setUserInfo(info); });
+    connect(handler, &NubixMessageHandler::sigResponseSyncInfo, this, [this](const QString &, const SyncInfo &info) {
+        setSyncInfo(info);
+        saveTimer->start();
+        // Without a root the client is not set up yet: let it show its set-up page.
+        if (info.syncRoot.isEmpty())
+            NubixMessageHandler::instance()->requestNavigate(PageType::HomeSync);
+    });
+    connect(handler, &NubixMessageHandler::sigResponseFileStatus, this,
+        [this](const QString &, const QList<FileData> &datas) { cacheFileDatas(datas); });
+    connect(handler, &NubixMessageHandler::sigFileSyncStatusChanged, this,
+        [this](const FileData &data) { cacheFileDatas({data}); });
+    connect(handler, &NubixMessageHandler::sigSyncErrorOccured, this, [this](const SyncError &errors) {
+        WriteLock locker(lock);
+        sync.syncErrors = errors;
+    });
+    connect(handler, &NubixMessageHandler::sigSyncQuantityChanged, this, [this](const SyncQuantity &quantity) {
+        WriteLock locker(lock);
+        sync.syncQuantity = quantity;
+    });
+    connect(handler, &NubixMessageHandler::sigBanDirsChanged, this, [this](const QStringList &dirs) {
+        WriteLock locker(lock);
+        sync.banDirs = dirs;
+    });
+    // The new root is taken over from the answer only; the handler asks for
+    // it as well, so two requests go out per notification.
+    connect(handler, &NubixMessageHandler::sigSyncRootChanged, this,
+        [](const QString &) { NubixMessageHandler::instance()->requestSyncInfo(); });
+    connect(handler, &NubixMessageHandler::sigConnected, this, [this] {
+        NubixMessageHandler *h = NubixMessageHandler::instance();
+        h->requestUserInfo();
+        h->requestSyncInfo();
+        requestDirStatus();
+    });
+    connect(handler, &NubixMessageHandler::sigDisconnected, this, [this] {
+        {
+            WriteLock locker(lock);
+            sync.isDisconnected = true;
+        }
+        Q_EMIT syncInfoUpdated();
+    });
+}
+
+QString NubixCaches::syncRoot() const
+{
+    ReadLock locker(lock);
+    return sync.syncRoot;
+}
+
+SyncInfo NubixCaches::syncInfo() const
+{
+    ReadLock locker(lock);
+    return sync;
+}
+
+UserInfo NubixCaches::userInfo() const
+{
+    ReadLock locker(lock);
+    return user;
+}
+
+void NubixCaches::setUserInfo(const UserInfo &info)
+{
+    WriteLock locker(lock);
+    user = info;
+}
+
+void NubixCaches::setSyncInfo(const SyncInfo &info)
+{
+    QString oldRoot;
+    {
+        WriteLock locker(lock);
+        oldRoot = sync.syncRoot;
+        sync = info;
+    }
+    if (oldRoot != info.syncRoot)
+        Q_EMIT syncRootChanged(info.syncRoot);
+    Q_EMIT syncInfoUpdated();
+}
+
+FileData NubixCaches::fileData(const QString &path) const
+{
+    ReadLock locker(lock);
+    const auto it = files.constFind(path);
+    return it == files.cend() ? FileData() : it.value();
+}
+
+void NubixCaches::cacheFileDatas(const QList<FileData> &datas)
+{
+    hpf::EventChannelManager *channel = hpf::channel();
+    for (const FileData &data : datas) {
+        {
+            WriteLock locker(lock);
+            files.insert(data.path, data);
+        }
+        // Every entry repaints its item, changed or not; parents are left alone.
+        const QUrl url = QUrl::fromUserInput(QStringLiteral("nubix://%1").arg(data.path));
+        channel->push(kWorkspaceSpace, kFileUpdateSlot, url);
+    }
+}
+
+void NubixCaches::removeFileCache(const QString &path)
+{
+    WriteLock locker(lock);
+    files.remove(path);
+}
+
+void NubixCaches::requestDirStatus()
+{
+    const auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    NubixMessageHandler *handler = NubixMessageHandler::instance();
+    const QList<quint64> ids = windows.windowIdList();
+    for (quint64 id : ids) {
+        const hfmbase::FileManagerWindow *window = windows.findWindowById(id);
+        if (!window)
+            continue;
+        const QUrl url = window->currentUrl();
+        if (url.scheme() != Schemes::kNubix)
+            continue;
+        const QString path = url.path();
+        handler->requestFileStatus(path, true);
+        handler->requestFileStatus(path, false);
+    }
+}
+
+QString NubixCaches::cachePath()
+{
+    return QDir::homePath() + QStringLiteral("/.config/sablo/hde-file-manager/hfm-nubix-config.ini");
+}
+
+void NubixCaches::loadCache()
+{
+    QSettings settings(cachePath(), QSettings::IniFormat);
+    if (settings.allKeys().isEmpty())
+        return;
+
+    const QString root = settings.value(kKeySyncRoot, QString()).toString();
+    const bool inited = settings.value(kKeyInited, false).toBool();
+    const bool isPublic = settings.value(kKeyIsPublic, false).toBool();
+    const qint64 quota = settings.value(kKeyQuota, 0).toLongLong();
+    const qint64 total = settings.value(kKeySizeTotal, 0).toLongLong();
+    const qint64 used = settings.value(kKeySizeUsed, 0).toLongLong();
+
+    WriteLock locker(lock);
+    sync.syncRoot = root;
+    sync.syncInited = inited;
+    sync.isPublicCloud = isPublic;
+    user.quota = quota;
+    user.total = total;
+    user.used = used;
+    // Values from disk count as unconfirmed until the client answers.
+    sync.isDisconnected = true;
+}
+
+void NubixCaches::saveCache()
+{
+    SyncInfo syncCopy;
+    UserInfo userCopy;
+    {
+        ReadLock locker(lock);
+        syncCopy = sync;
+        userCopy = user;
+    }
+    // The settings object writes the file when it goes out of scope.
+    QSettings settings(cachePath(), QSettings::IniFormat);
+    settings.setValue(kKeyInited, syncCopy.syncInited);
+    settings.setValue(kKeyIsPublic, syncCopy.isPublicCloud);
+    settings.setValue(kKeySyncRoot, syncCopy.syncRoot);
+    settings.setValue(kKeyQuota, userCopy.quota);
+    settings.setValue(kKeySizeTotal, userCopy.total);
+    settings.setValue(kKeySizeUsed, userCopy.used);
+}
+
+}   // namespace hfmplugin_nubix

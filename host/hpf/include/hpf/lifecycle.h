@@ -13,8 +13,9 @@ HPF_EXPORT QStringList pluginPaths();
 HPF_EXPORT void setBlackList(const QStringList &names);
 
 // Reads the metadata of every library in the plug-in paths. Libraries with
-// another IID or broken metadata are refused with a warning. Returns false
-// when nothing usable was found.
+// another IID or broken metadata are refused with a warning. Each library is
+// judged once, so calling again only picks up new files. Returns false when
+// nothing usable was found. GUI thread only, as is everything here.
 HPF_EXPORT bool readPlugins();
 // Loads every read plug-in, calls initialize() on all and then start() on
 // all, dependencies first. Returns false when any plug-in failed.

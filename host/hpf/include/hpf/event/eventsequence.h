@@ -17,6 +17,8 @@ public:
     EventSequenceManager();
     ~EventSequenceManager();
 
+    // True once the hook exists; declaring it again keeps its followers.
+    // False only for an empty space or hook name.
     bool declare(const QString &space, const QString &hook);
     bool isDeclared(const QString &space, const QString &hook) const;
 

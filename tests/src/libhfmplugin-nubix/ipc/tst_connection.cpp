@@ -1,0 +1,347 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ipc/nubixmessagehandler.h"
+#include "ipc/tcpclient.h"
+#include "nubixglobal.h"
+
+#include "localpeer.h"
+#include "messagelog.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTest>
+#include <QUuid>
+
+#include <algorithm>
+
+using hfmplugin_nubix::NubixMessageHandler;
+using hfmplugin_nubix::TcpClient;
+
+namespace {
+
+const QString kAttempt = QStringLiteral("NubixMessageHandler: Attempting to connect...");
+const QString kNoValidPort = QStringLiteral("NubixMessageHandler: Failed to read valid port from config");
+const QString kClientConnecting = QStringLiteral("TcpClient: Connecting to server");
+const QString kStillRunning
+    = QStringLiteral("NubixMessageHandler: Server process running, retrying connection in 3 seconds");
+const QString kNotRunning
+    = QStringLiteral("NubixMessageHandler: Server process not running, stopping reconnection attempts");
+
+struct Line
+{
+    QtMsgType type;
+    QString category;
+    QString text;
+};
+
+// Log lines with their category, which the shared log helper does not keep.
+class CategoryLog
+{
+public:
+    CategoryLog()
+    {
+        current() = this;
+        previous = qInstallMessageHandler(&CategoryLog::handler);
+    }
+    ~CategoryLog()
+    {
+        qInstallMessageHandler(previous);
+        current() = nullptr;
+    }
+    Q_DISABLE_COPY(CategoryLog)
+
+    QList<Line> lines(QtMsgType type) const
+    {
+        QList<Line> result;
+        for (const Line &line : entries) {
+            if (line.type == type)
+                result.append(line);
+        }
+        return result;
+    }
+    QStringList texts(QtMsgType type) const
+    {
+        QStringList result;
+        for (const Line &line : lines(type))
+            result.append(line.text);
+        return result;
+    }
+
+private:
+    static CategoryLog *&current()
+    {
+        static CategoryLog *log = nullptr;
+        return log;
+    }
+    static void handler(QtMsgType type, const QMessageLogContext &context, const QString &text)
+    {
+        // Only the test's thread is recorded; the socket thread's lines are not needed here.
+        if (CategoryLog *log = current(); log && QThread::currentThread() == qApp->thread())
+            log->entries.append({type, QString::fromLatin1(context.category), text});
+    }
+
+    QList<Line> entries;
+    QtMessageHandler previous = nullptr;
+};
+
+void writePortFile(const QByteArray &content)
+{
+    const QString path = NubixMessageHandler::portFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content);
+}
+
+// A localhost port on which nobody listens.
+quint16 closedPort()
+{
+    QTcpServer server;
+    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : 0;
+}
+
+// A process whose command line holds the client's path, as the real client's does.
+class FakeClientProcess
+{
+public:
+    FakeClientProcess()
+    {
+        process.start(QStringLiteral("bash"),
+            {QStringLiteral("-c"), QStringLiteral("exec -a %1 sleep 30").arg(hfmplugin_nubix::nubixExecPath())});
+        process.waitForStarted();
+    }
+    ~FakeClientProcess()
+    {
+        process.kill();
+        process.waitForFinished();
+    }
+    QProcess process;
+};
+
+}   // namespace
+
+class TestConnection : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void readsPortFile_data();
+    void readsPortFile();
+    void alreadyConnectedDoesNothing();
+    void findsProcessesByCommandLine();
+    void retriesRefusedConnectionWhileClientRuns();
+    void stopsAfterRefusalWithoutClient();
+    void closedConnectionIsNotRetried();
+    void launchesClientWithoutConnecting();
+};
+
+void TestConnection::init()
+{
+    QFile::remove(NubixMessageHandler::portFilePath());
+}
+
+void TestConnection::readsPortFile_data()
+{
+    QTest::addColumn<bool>("exists");
+    // "%1" stands for the port of a listening peer.
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("connects");
+    // "%1" stands for the port file's path.
+    QTest::addColumn<QStringList>("criticals");
+
+    const QString invalid = QStringLiteral("NubixMessageHandler: Invalid port number in config file: \"%1\"");
+    const QString cannotOpen = QStringLiteral("NubixMessageHandler: Cannot open config file: \"%1\"");
+
+    QTest::newRow("plain port") << true << QByteArray("%1") << true << QStringList();
+    QTest::newRow("spaces around the port") << true << QByteArray("  \t%1  \n") << true << QStringList();
+    QTest::newRow("only the first line counts")
+        << true << QByteArray("%1\n1\nsomething else\n") << true << QStringList();
+    QTest::newRow("not a number") << true << QByteArray("port=8080\n") << false
+                                  << QStringList {invalid.arg(QStringLiteral("port=8080")), kNoValidPort};
+    QTest::newRow("hexadecimal") << true << QByteArray("0x1f90\n") << false
+                                 << QStringList {invalid.arg(QStringLiteral("0x1f90")), kNoValidPort};
+    QTest::newRow("negative") << true << QByteArray("-1\n") << false
+                              << QStringList {invalid.arg(QStringLiteral("-1")), kNoValidPort};
+    QTest::newRow("above 65535") << true << QByteArray("65536\n") << false
+                                 << QStringList {invalid.arg(QStringLiteral("65536")), kNoValidPort};
+    QTest::newRow("empty file") << true << QByteArray() << false << QStringList {invalid.arg(QString()), kNoValidPort};
+    QTest::newRow("empty first line") << true << QByteArray("\n%1\n") << false
+                                      << QStringList {invalid.arg(QString()), kNoValidPort};
+    QTest::newRow("letters after the digits") << true << QByteArray("8080abc\n") << false
+                                              << QStringList {invalid.arg(QStringLiteral("8080abc")), kNoValidPort};
+    QTest::newRow("decimal point") << true << QByteArray("80.5\n") << false
+                                   << QStringList {invalid.arg(QStringLiteral("80.5")), kNoValidPort};
+    QTest::newRow("zero") << true << QByteArray("0\n") << false << QStringList {kNoValidPort};
+    QTest::newRow("missing") << false << QByteArray() << false << QStringList {cannotOpen, kNoValidPort};
+}
+
+void TestConnection::readsPortFile()
+{
+    QFETCH(bool, exists);
+    QFETCH(QByteArray, content);
+    QFETCH(bool, connects);
+    QFETCH(QStringList, criticals);
+
+    LocalPeer peer;
+    if (exists)
+        writePortFile(QString::fromLatin1(content).arg(peer.port()).toLatin1());
+    for (QString &line : criticals)
+        line = line.arg(NubixMessageHandler::portFilePath());
+
+    NubixMessageHandler handler;
+    QSignalSpy connected(&handler, &NubixMessageHandler::sigConnected);
+    CategoryLog log;
+    handler.tryConnect();
+
+    QCOMPARE(log.texts(QtInfoMsg).count(kAttempt), 1);
+    QCOMPARE(log.texts(QtCriticalMsg), criticals);
+    // Port file problems show whatever the plug-in's own category lets through.
+    for (const Line &line : log.lines(QtCriticalMsg))
+        QCOMPARE(line.category, QStringLiteral("default"));
+    for (const Line &line : log.lines(QtInfoMsg))
+        QCOMPARE(line.category, QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix"));
+
+    const QStringList infos = log.texts(QtInfoMsg);
+    const bool asked
+        = std::any_of(infos.cbegin(), infos.cend(), [](const QString &l) { return l.startsWith(kClientConnecting); });
+    QCOMPARE(asked, connects);
+    if (!connects)
+        return;
+    QVERIFY(
+        infos.contains(QStringLiteral("NubixMessageHandler: Connecting to server on localhost: %1").arg(peer.port())));
+    QVERIFY(infos.contains(QStringLiteral("TcpClient: Connecting to server \"localhost\" %1").arg(peer.port())));
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 1);
+    QVERIFY(handler.isConnected());
+}
+
+void TestConnection::alreadyConnectedDoesNothing()
+{
+    LocalPeer peer;
+    writePortFile(QByteArray::number(peer.port()));
+    NubixMessageHandler handler;
+    handler.tryConnect();
+    QVERIFY(peer.waitForClient());
+    QTRY_VERIFY(handler.isConnected());
+
+    MessageLog log;
+    handler.tryConnect();
+    QCOMPARE(log.lines(QtInfoMsg), QStringList {QStringLiteral("NubixMessageHandler: Already connected.")});
+    QVERIFY(log.problems().isEmpty());
+    QVERIFY(!peer.server.hasPendingConnections());
+}
+
+void TestConnection::findsProcessesByCommandLine()
+{
+    const QString unknown = QStringLiteral("/opt/none/%1").arg(QUuid::createUuid().toString(QUuid::WithoutBraces));
+    QVERIFY(!NubixMessageHandler::isProcessRunning(unknown));
+
+    FakeClientProcess client;
+    QVERIFY(NubixMessageHandler::isProcessRunning(hfmplugin_nubix::nubixExecPath()));
+    MessageLog log;
+    QVERIFY(NubixMessageHandler::isProcessRunning(QStringLiteral("kelo.drive/files/kelodrive")));
+    QCOMPARE(log.lines(QtDebugMsg),
+        QStringList {QStringLiteral("NubixMessageHandler: Process \"kelo.drive/files/kelodrive\" is running")});
+}
+
+void TestConnection::retriesRefusedConnectionWhileClientRuns()
+{
+    const quint16 port = closedPort();
+    QVERIFY(port != 0);
+    writePortFile(QByteArray::number(port) + '\n');
+    FakeClientProcess client;
+
+    NubixMessageHandler handler;
+    QElapsedTimer clock;
+    QList<qint64> refusals;
+    connect(handler.client(), &TcpClient::errorOccured, this, [&](QAbstractSocket::SocketError error) {
+        if (error == QAbstractSocket::ConnectionRefusedError)
+            refusals.append(clock.elapsed());
+    });
+    MessageLog log;
+    clock.start();
+    handler.tryConnect();
+
+    QTRY_COMPARE_WITH_TIMEOUT(refusals.size(), 2, 6000);
+    const qint64 delay = refusals.at(1) - refusals.at(0);
+    QVERIFY2(delay >= 2800 && delay <= 4500, QByteArray::number(delay).constData());
+    QCOMPARE(log.lines(QtInfoMsg).count(kStillRunning), 2);
+    QCOMPARE(log.lines(QtInfoMsg).count(kAttempt), 2);
+    QVERIFY(log.lines(QtWarningMsg)
+                .contains(QStringLiteral(
+                    "NubixMessageHandler: TCP error occurred: QAbstractSocket::ConnectionRefusedError")));
+
+    // The client starts listening: the next retry gets through.
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost, port));
+    QTRY_VERIFY_WITH_TIMEOUT(handler.isConnected(), 6000);
+    const qint64 lastDelay = clock.elapsed() - refusals.at(1);
+    QVERIFY2(lastDelay >= 2800 && lastDelay <= 5000, QByteArray::number(lastDelay).constData());
+    QCOMPARE(refusals.size(), 2);
+    QCOMPARE(log.lines(QtInfoMsg).count(kAttempt), 3);
+    QVERIFY(!log.lines(QtInfoMsg).contains(kNotRunning));
+}
+
+void TestConnection::stopsAfterRefusalWithoutClient()
+{
+    const quint16 port = closedPort();
+    QVERIFY(port != 0);
+    writePortFile(QByteArray::number(port));
+
+    NubixMessageHandler handler;
+    QSignalSpy errors(handler.client(), &TcpClient::errorOccured);
+    MessageLog log;
+    handler.tryConnect();
+    QTRY_VERIFY(log.lines(QtInfoMsg).contains(kNotRunning));
+    QCOMPARE(errors.count(), 1);
+    QCOMPARE(log.lines(QtInfoMsg).count(kStillRunning), 0);
+    QVERIFY(log.lines(QtDebugMsg)
+                .contains(QStringLiteral("NubixMessageHandler: Process \"%1\" is not running")
+                              .arg(hfmplugin_nubix::nubixExecPath())));
+    QCOMPARE(log.lines(QtInfoMsg).count(kAttempt), 1);
+}
+
+void TestConnection::closedConnectionIsNotRetried()
+{
+    LocalPeer peer;
+    writePortFile(QByteArray::number(peer.port()));
+    NubixMessageHandler handler;
+    QSignalSpy disconnected(&handler, &NubixMessageHandler::sigDisconnected);
+    handler.tryConnect();
+    QVERIFY(peer.waitForClient());
+    QTRY_VERIFY(handler.isConnected());
+
+    MessageLog log;
+    peer.disconnectClient();
+    QTRY_COMPARE(disconnected.count(), 1);
+    QTRY_VERIFY(log.lines(QtWarningMsg)
+                    .contains(QStringLiteral("NubixMessageHandler: Unhandled TCP error: "
+                                             "QAbstractSocket::RemoteHostClosedError")));
+    QVERIFY(!handler.isConnected());
+    // Neither the client process is looked for nor a retry planned.
+    for (const QString &line : log.lines(QtDebugMsg))
+        QVERIFY2(!line.startsWith(QLatin1String("NubixMessageHandler: Process")), qPrintable(line));
+    QCOMPARE(log.lines(QtInfoMsg).count(kStillRunning) + log.lines(QtInfoMsg).count(kNotRunning), 0);
+
+    // The next caller's attempt reconnects.
+    handler.tryConnect();
+    QTRY_VERIFY(peer.server.hasPendingConnections());
+}
+
+void TestConnection::launchesClientWithoutConnecting()
+{
+    NubixMessageHandler handler;
+    MessageLog log;
+    NubixMessageHandler::launchApp();
+    QCOMPARE(log.lines(QtInfoMsg),
+        QStringList {
+            QStringLiteral("NubixMessageHandler: Launching app: \"%1\"").arg(hfmplugin_nubix::nubixExecPath())});
+    QVERIFY(!handler.isConnected());
+}
+
+QTEST_GUILESS_MAIN(TestConnection)
+#include "tst_connection.moc"

@@ -3,10 +3,16 @@
 
 #include "caches/nubixcaches.h"
 #include "events/eventshandler.h"
+#include "file/cloudfileiterator.h"
+#include "file/cloudfilewatcher.h"
+#include "file/cloudproxyfileinfo.h"
 #include "ipc/nubixmessagehandler.h"
 
+#include <hfmbase/abstractdiriterator.h>
+#include <hfmbase/abstractfilewatcher.h>
 #include <hfmbase/filemanagerwindow.h>
 #include <hfmbase/filemanagerwindowsmanager.h>
+#include <hfmbase/infofactory.h>
 #include <hfmbase/urlroute.h>
 #include <hpf/lifecycle.h>
 #include <hpf/listener.h>
@@ -77,9 +83,17 @@ void NubixPlugin::initialize()
     hfmbase::UrlRoute::regScheme(Schemes::kNubix, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
     hfmbase::UrlRoute::regScheme(Schemes::kNubixLogin, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
 
-    // Next, in this order: the welcome view for "nubix-login"; the file info,
-    // directory iterator and watcher for "nubix" (with the host's info and
-    // watcher caches off for it); the computer-view entry; then EventsHandler
+    // The welcome view for "nubix-login" is registered here, before the cloud classes.
+
+    // The host keeps no "nubix" infos or watchers: what they describe moves
+    // whenever the sync root does.
+    hfmbase::InfoFactory::regClass<CloudProxyFileInfo>(Schemes::kNubix, hfmbase::InfoFactory::RegOption::kNoCache);
+    hfmbase::InfoCache::instance().setCacheDisbale(Schemes::kNubix, true);
+    hfmbase::DirIteratorFactory::regClass<CloudFileIterator>(Schemes::kNubix);
+    hfmbase::WatcherCache::instance().setCacheDisbale(Schemes::kNubix, true);
+    hfmbase::WatcherFactory::regClass<CloudFileWatcher>(Schemes::kNubix);
+
+    // Next, in this order: the computer-view entry; then EventsHandler
     // installs its event filters and subscriptions. Each is added together
     // with its class.
 

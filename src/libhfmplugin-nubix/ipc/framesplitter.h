@@ -10,8 +10,9 @@ namespace hfmplugin_nubix {
 // Cuts the byte stream from the sync client into messages, each ended by a
 // form feed. Each chunk is decoded as UTF-8 on its own, up to its first zero
 // byte. Only the newly arrived text is searched for delimiters, so a large
-// message that arrives over many reads costs time linear in its size.
-// Plain value class, used from one thread at a time.
+// message that arrives over many reads costs time linear in its size, and
+// the memory of a large message is used again for the next one once its
+// reader has let go of it. Plain value class, used from one thread at a time.
 class FrameSplitter
 {
 public:
@@ -25,6 +26,9 @@ public:
 
 private:
     QString m_buffer;
+    // The last message handed out whole; its memory becomes the next buffer
+    // when nobody else holds it any more.
+    QString m_spare;
 };
 
 }   // namespace hfmplugin_nubix

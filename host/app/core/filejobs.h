@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+
+// The file-system work behind the host's file operations, on local paths.
+// Blocking and free of GUI; called on worker threads. Nothing is ever
+// overwritten: a name that is taken in the target gets a free one
+// ("a (1).txt").
+namespace hdeapp {
+
+struct TransferResult
+{
+    // One entry per source that arrived, in source order.
+    QStringList targets;
+    // Empty when every source arrived; else the first problem (later
+    // sources are still tried).
+    QString error;
+    bool ok() const { return error.isEmpty(); }
+};
+
+// Copies (or, with `move`, moves) each source into `targetDir`: files,
+// folders with their whole content, and symbolic links as links. A source
+// moved within its own folder stays where it is.
+TransferResult transfer(
+    const QStringList &sources, const QString &targetDir, bool move, const std::atomic<bool> *cancelled = nullptr);
+// A file, a link or a whole folder (links are removed, never followed).
+bool removePath(const QString &path, QString *error);
+// `name` inside `dir` when free, else "name (n).suffix" with the first free n.
+QString freeTargetPath(const QString &dir, const QString &name);
+// Whether `path` names anything, a dangling link included.
+bool pathTaken(const QString &path);
+
+}   // namespace hdeapp

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "hostcommon/navigation.h"
+
+#include <hfmbase/globaleventtype.h>
+#include <hpf/event/event.h>
+
+namespace hdehost {
+
+bool requestChangeUrl(quint64 windowId, const QUrl &url)
+{
+    return hpf::dispatcher()->publish(hfmbase::kChangeCurrentUrl, windowId, url);
+}
+
+bool requestNewWindow(const QUrl &url)
+{
+    return hpf::dispatcher()->publish(hfmbase::kOpenNewWindow, url);
+}
+
+bool requestNewTab(quint64 windowId, const QUrl &url)
+{
+    return hpf::dispatcher()->publish(hfmbase::kOpenNewTab, windowId, url);
+}
+
+}   // namespace hdehost

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "computermenuscene.h"
+
+#include <hfmbase/abstractentryfileentity.h>
+#include <hostcommon/hostkeys.h>
+#include <hostcommon/navigation.h>
+
+#include <QAction>
+#include <QMenu>
+
+namespace hfmplugin_menu {
+
+using namespace hdehost;
+
+ComputerMenuScene::ComputerMenuScene(QObject *parent) : AbstractMenuScene(parent) { }
+
+QString ComputerMenuScene::name() const
+{
+    return Scene::kComputerMenu;
+}
+
+bool ComputerMenuScene::initialize(const QVariantHash &params)
+{
+    windowId = params.value(MenuParam::kWindowId).toULongLong();
+    selected = params.value(MenuParam::kSelectFiles).value<QList<QUrl>>();
+    AbstractMenuScene::initialize(params);
+    return !selected.isEmpty();
+}
+
+QAction *ComputerMenuScene::addAction(QMenu *menu, const QString &id, const QString &text)
+{
+    QAction *action = menu->addAction(text);
+    action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
+    predicateAction.insert(id, action);
+    return action;
+}
+
+bool ComputerMenuScene::create(QMenu *parent)
+{
+    if (!parent)
+        return false;
+    addAction(parent, ActionId::kOpen, tr("Open"));
+    addAction(parent, ActionId::kOpenInNewWindow, tr("Open in new window"));
+    addAction(parent, ActionId::kOpenInNewTab, tr("Open in new tab"));
+    return AbstractMenuScene::create(parent);
+}
+
+void ComputerMenuScene::updateState(QMenu *parent)
+{
+    const bool canOpen = targetUrl().isValid();
+    for (QAction *action : qAsConst(predicateAction))
+        action->setEnabled(canOpen);
+    // Sub-scenes come last so that they may rearrange what this scene made.
+    AbstractMenuScene::updateState(parent);
+}
+
+QUrl ComputerMenuScene::targetUrl() const
+{
+    if (selected.isEmpty())
+        return QUrl();
+    const hfmbase::EntryEntityPointer entity = hfmbase::EntryEntityFactory::create(selected.first());
+    return entity ? entity->targetUrl() : QUrl();
+}
+
+bool ComputerMenuScene::triggered(QAction *action)
+{
+    if (!action)
+        return false;
+    if (AbstractMenuScene::scene(action) != this)
+        return AbstractMenuScene::triggered(action);
+    const QString id = action->property(hfmbase::ActionPropertyKey::kActionID).toString();
+    const QUrl target = targetUrl();
+    if (!target.isValid())
+        return false;
+    if (id == ActionId::kOpen)
+        requestChangeUrl(windowId, target);
+    else if (id == ActionId::kOpenInNewWindow)
+        requestNewWindow(target);
+    else if (id == ActionId::kOpenInNewTab)
+        requestNewTab(windowId, target);
+    else
+        return false;
+    return true;
+}
+
+hfmbase::AbstractMenuScene *ComputerMenuCreator::create()
+{
+    return new ComputerMenuScene;
+}
+
+}   // namespace hfmplugin_menu

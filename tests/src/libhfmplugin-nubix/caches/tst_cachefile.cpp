@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "caches/nubixcaches.h"
+#include "ipc/nubixmessagehandler.h"
+
+#include "syncrecordmaps.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+using namespace hfmplugin_nubix;
+using recordmaps::toMap;
+
+namespace {
+
+const QString kPath = QStringLiteral("/.config/sablo/hde-file-manager/hfm-nubix-config.ini");
+
+void writeFile(const QByteArray &content)
+{
+    QDir().mkpath(QFileInfo(NubixCaches::cachePath()).absolutePath());
+    QFile file(NubixCaches::cachePath());
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content);
+}
+
+QByteArray fileContent()
+{
+    QFile file(NubixCaches::cachePath());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+SyncInfo syncInfo(const QString &root, bool inited, bool isPublic)
+{
+    SyncInfo info;
+    info.syncRoot = root;
+    info.syncInited = inited;
+    info.isPublicCloud = isPublic;
+    info.banDirs = QStringList {QStringLiteral("/not/kept")};
+    info.syncQuantity.todo = 3;
+    return info;
+}
+
+UserInfo userInfo(qint64 quota, qint64 total, qint64 used)
+{
+    UserInfo info;
+    info.account.uid = QStringLiteral("not kept");
+    info.quota = quota;
+    info.total = total;
+    info.used = used;
+    info.free = 77;
+    return info;
+}
+
+// What the client's answers would bring, without a client.
+void answer(const SyncInfo &info)
+{
+    Q_EMIT NubixMessageHandler::instance()->sigResponseSyncInfo(QStringLiteral("{k"), info);
+}
+
+void answer(const UserInfo &info)
+{
+    Q_EMIT NubixMessageHandler::instance()->sigResponseUserInfo(QStringLiteral("{k"), info);
+}
+
+QTimer *saveTimer(NubixCaches &caches)
+{
+    return caches.findChild<QTimer *>();
+}
+
+}   // namespace
+
+// Each test makes its own cache objects, the way two runs of the plug-in would.
+class TestCacheFile : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void liesInTheHomeDirectory();
+    void missingFileIsCreatedEmpty();
+    void unusableFileKeepsDefaults_data();
+    void unusableFileKeepsDefaults();
+    void burstOfAnswersWritesOnce();
+    void accountFiguresAloneDoNotSave();
+    void nextStartReadsSummaryBackAsUnconfirmed_data();
+    void nextStartReadsSummaryBackAsUnconfirmed();
+};
+
+void TestCacheFile::init()
+{
+    QFile::remove(NubixCaches::cachePath());
+}
+
+void TestCacheFile::liesInTheHomeDirectory()
+{
+    QCOMPARE(NubixCaches::cachePath(), QDir::homePath() + kPath);
+}
+
+void TestCacheFile::missingFileIsCreatedEmpty()
+{
+    QDir(QDir::homePath() + QStringLiteral("/.config/sablo")).removeRecursively();
+    NubixCaches caches;
+    QVERIFY(QFile::exists(NubixCaches::cachePath()));
+    QCOMPARE(QFileInfo(NubixCaches::cachePath()).size(), 0);
+    QCOMPARE(toMap(caches.syncInfo()), toMap(SyncInfo()));
+    QCOMPARE(toMap(caches.userInfo()), toMap(UserInfo()));
+}
+
+void TestCacheFile::unusableFileKeepsDefaults_data()
+{
+    QTest::addColumn<QByteArray>("content");
+
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("only blank lines") << QByteArray("\n\n  \n");
+    QTest::newRow("only a section") << QByteArray("[General]\n");
+    QTest::newRow("only comments") << QByteArray("; nothing\n# here\n");
+}
+
+void TestCacheFile::unusableFileKeepsDefaults()
+{
+    QFETCH(QByteArray, content);
+    writeFile(content);
+    NubixCaches caches;
+    // Nothing read, so nothing counts as stale either.
+    QCOMPARE(toMap(caches.syncInfo()), toMap(SyncInfo()));
+    QCOMPARE(toMap(caches.userInfo()), toMap(UserInfo()));
+}
+
+void TestCacheFile::burstOfAnswersWritesOnce()
+{
+    NubixCaches caches;
+    QTimer *timer = saveTimer(caches);
+    QVERIFY(timer);
+    QSignalSpy saves(timer, &QTimer::timeout);
+
+    answer(userInfo(100, 90, 80));
+    QElapsedTimer sinceLast;
+    for (int i = 0; i < 20; ++i) {
+        answer(syncInfo(QStringLiteral("/root/%1").arg(i), true, false));
+        sinceLast.start();
+    }
+    // Nothing is written while the answers keep coming.
+    QCOMPARE(fileContent(), QByteArray());
+
+    QTRY_COMPARE(saves.count(), 1);
+    QVERIFY2(sinceLast.elapsed() >= 450, QByteArray::number(sinceLast.elapsed()).constData());
+    QVERIFY(!timer->isActive());
+
+    const QSettings settings(NubixCaches::cachePath(), QSettings::IniFormat);
+    QCOMPARE(settings.childGroups(), QStringList());
+    QCOMPARE(settings.allKeys().size(), 6);
+    QCOMPARE(settings.value(QStringLiteral("SyncRoot")).toString(), QStringLiteral("/root/19"));
+    QCOMPARE(settings.value(QStringLiteral("Inited")).toBool(), true);
+    QCOMPARE(settings.value(QStringLiteral("IsPublic")).toBool(), false);
+    QCOMPARE(settings.value(QStringLiteral("Quota")).toLongLong(), 100);
+    QCOMPARE(settings.value(QStringLiteral("SizeTotal")).toLongLong(), 90);
+    QCOMPARE(settings.value(QStringLiteral("SizeUsed")).toLongLong(), 80);
+}
+
+void TestCacheFile::accountFiguresAloneDoNotSave()
+{
+    NubixCaches caches;
+    answer(userInfo(1, 2, 3));
+    QVERIFY(!saveTimer(caches)->isActive());
+    caches.setSyncInfo(syncInfo(QStringLiteral("/r"), true, true));
+    QVERIFY(!saveTimer(caches)->isActive());
+    QCOMPARE(fileContent(), QByteArray());
+}
+
+void TestCacheFile::nextStartReadsSummaryBackAsUnconfirmed_data()
+{
+    QTest::addColumn<QString>("root");
+    QTest::addColumn<bool>("inited");
+    QTest::addColumn<bool>("isPublic");
+    QTest::addColumn<qint64>("quota");
+
+    QTest::newRow("set up, public") << "/home/u/Kelo Drive" << true << true << Q_INT64_C(10737418240);
+    QTest::newRow("private deployment") << QString::fromUtf8("/data/\u00e9t\u00e9=1;x") << true << false
+                                        << Q_INT64_C(-3);
+    QTest::newRow("not set up") << "" << false << false << Q_INT64_C(0);
+}
+
+void TestCacheFile::nextStartReadsSummaryBackAsUnconfirmed()
+{
+    QFETCH(QString, root);
+    QFETCH(bool, inited);
+    QFETCH(bool, isPublic);
+    QFETCH(qint64, quota);
+
+    {
+        auto first = std::make_unique<NubixCaches>();
+        answer(userInfo(quota, 5000000000, 4000000000));
+        first->setSyncInfo(syncInfo(root, inited, isPublic));
+        // Saved when it ends, without waiting for the timer.
+    }
+
+    NubixCaches next;
+    SyncInfo expectedSync;
+    expectedSync.syncRoot = root;
+    expectedSync.syncInited = inited;
+    expectedSync.isPublicCloud = isPublic;
+    expectedSync.isDisconnected = true;
+    QCOMPARE(toMap(next.syncInfo()), toMap(expectedSync));
+    QCOMPARE(next.syncRoot(), root);
+    UserInfo expectedUser;
+    expectedUser.quota = quota;
+    expectedUser.total = 5000000000;
+    expectedUser.used = 4000000000;
+    QCOMPARE(toMap(next.userInfo()), toMap(expectedUser));
+
+    // The first answer confirms it.
+    QSignalSpy updated(&next, &NubixCaches::syncInfoUpdated);
+    answer(syncInfo(root, inited, isPublic));
+    QCOMPARE(updated.count(), 1);
+    QVERIFY(!next.syncInfo().isDisconnected);
+}
+
+QTEST_GUILESS_MAIN(TestCacheFile)
+#include "tst_cachefile.moc"

@@ -1,0 +1,382 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "caches/nubixcaches.h"
+#include "ipc/nubixmessagehandler.h"
+#include "ipc/tcpclient.h"
+
+#include "localpeer.h"
+#include "messagelog.h"
+#include "syncrecordmaps.h"
+
+#include <hfmbase/filemanagerwindowsmanager.h>
+#include <hpf/event/event.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace hfmplugin_nubix;
+using recordmaps::defaultsWith;
+using recordmaps::toMap;
+
+namespace {
+
+QByteArray notification(const char *type, const QByteArray &argsJson)
+{
+    return "{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"key\":\"n\",\"data\":{\"type\":\"" + QByteArray(type)
+        + "\",\"args\":" + argsJson + "}}}\x0c";
+}
+
+QByteArray response(const char *method, const QByteArray &resultJson)
+{
+    return "{\"type\":\"pong\",\"data\":{\"method\":\"" + QByteArray(method)
+        + "\",\"key\":\"{r\",\"data\":{\"code\":0,\"result\":" + resultJson + "}}}\x0c";
+}
+
+QByteArray syncInfoResponse(const QString &root)
+{
+    const QJsonObject result {{QStringLiteral("syncRoot"), root}, {QStringLiteral("syncInited"), !root.isEmpty()}};
+    return response("getSyncInfo", QJsonDocument(result).toJson(QJsonDocument::Compact));
+}
+
+}   // namespace
+
+// The process's cache and message handler, connected to a peer that plays
+// the sync client. Test functions run in order and share that state; each
+// sets what it relies on first.
+class TestNubixCaches : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void connectingAsksForAccountSummaryAndShownFolders();
+    void storesAndRepaintsEveryReportedItem();
+    void laterStatusReplacesEarlier();
+    void looksUpExactPathsOnly_data();
+    void looksUpExactPathsOnly();
+    void removesExactPathOnly();
+    void rootNotificationWaitsForTheAnswer();
+    void rootChangesOnlyWhenItsTextDiffers_data();
+    void rootChangesOnlyWhenItsTextDiffers();
+    void notificationsReplacePartsSilently();
+    void keepsUserInfoSilently();
+    void marksDisconnectionUntilNextAnswer();
+
+private:
+    // The body of the next request the handler sent.
+    QJsonObject nextRequest();
+    // Waits until the handler has dealt with everything the peer sent so far.
+    void sync();
+
+    NubixMessageHandler *handler = nullptr;
+    NubixCaches *caches = nullptr;
+    LocalPeer peer;
+    QList<QUrl> repainted;
+};
+
+QJsonObject TestNubixCaches::nextRequest()
+{
+    const QJsonObject envelope = QJsonDocument::fromJson(peer.nextFrame()).object();
+    return envelope.value(QStringLiteral("data")).toObject();
+}
+
+void TestNubixCaches::sync()
+{
+    // An answer nobody parses comes back as one warning once all before it is handled.
+    MessageLog log;
+    peer.write("{\"type\":\"pong\",\"data\":{\"method\":\"marker\",\"key\":\"m\"}}\x0c");
+    QTRY_VERIFY(log.problems().contains(QStringLiteral("NubixMessageHandler: Unsupported method: \"marker\"")));
+}
+
+void TestNubixCaches::initTestCase()
+{
+    hpf::channel()->connect(QStringLiteral("hfmplugin_workspace"), QStringLiteral("slot_Model_FileUpdate"),
+        [this](const QUrl &url) { repainted.append(url); });
+
+    auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    QVERIFY(windows.createWindow(QUrl(QStringLiteral("nubix:///docs/my notes"))));
+    QVERIFY(windows.createWindow(QUrl::fromLocalFile(QDir::tempPath())));
+    QVERIFY(windows.createWindow(QUrl(QStringLiteral("nubix-login:///"))));
+    QVERIFY(windows.createWindow(QUrl(QStringLiteral("nubix:///"))));
+
+    caches = NubixCaches::instance();
+    handler = NubixMessageHandler::instance();
+    QCOMPARE(NubixCaches::instance(), caches);
+    // No cache file yet: nothing is marked stale.
+    QCOMPARE(toMap(caches->syncInfo()), toMap(SyncInfo()));
+}
+
+void TestNubixCaches::connectingAsksForAccountSummaryAndShownFolders()
+{
+    const QString portFile = NubixMessageHandler::portFilePath();
+    QDir().mkpath(QFileInfo(portFile).absolutePath());
+    QFile file(portFile);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::number(peer.port()));
+    file.close();
+
+    handler->tryConnect();
+    QVERIFY(peer.waitForClient());
+
+    QStringList requests;
+    for (int i = 0; i < 6; ++i) {
+        const QJsonObject body = nextRequest();
+        const QJsonObject data = body.value(QStringLiteral("data")).toObject();
+        requests.append(
+            QStringLiteral("%1 %2 %3")
+                .arg(body.value(QStringLiteral("method")).toString(), data.value(QStringLiteral("basedir")).toString(),
+                    data.value(QStringLiteral("type")).toString()));
+    }
+    // Folders of windows showing the cloud scheme only, children first.
+    const QStringList expected {
+        QStringLiteral("getUserInfo  "),
+        QStringLiteral("getSyncInfo  "),
+        QStringLiteral("getFileStatus /docs/my notes dir"),
+        QStringLiteral("getFileStatus /docs/my notes file"),
+        QStringLiteral("getFileStatus / dir"),
+        QStringLiteral("getFileStatus / file"),
+    };
+    QCOMPARE(requests, expected);
+}
+
+void TestNubixCaches::storesAndRepaintsEveryReportedItem()
+{
+    repainted.clear();
+    peer.write(response("getFileStatus", R"([
+        {"fileid":1,"isDir":true,"path":"/docs","plan":"","plan_error":0,"plan_status":3},
+        {"fileid":2,"isDir":false,"path":"/docs/a b.txt","plan":"upload","plan_error":0,"plan_status":2},
+        {"fileid":3,"isDir":false,"path":"/docs/bad.txt","plan":"upload","plan_error":9,"plan_status":10}])"));
+    QTRY_COMPARE(repainted.size(), 3);
+
+    QCOMPARE(repainted.at(0), QUrl(QStringLiteral("nubix:///docs")));
+    QCOMPARE(repainted.at(1).scheme(), QStringLiteral("nubix"));
+    QCOMPARE(repainted.at(1).host(), QString());
+    QCOMPARE(repainted.at(1).path(), QStringLiteral("/docs/a b.txt"));
+    QCOMPARE(repainted.at(2), QUrl(QStringLiteral("nubix:///docs/bad.txt")));
+
+    QCOMPARE(toMap(caches->fileData(QStringLiteral("/docs"))),
+        defaultsWith<FileData>(R"({"path":"/docs","isDir":true,"fileId":1,"planStatus":3})"));
+    QCOMPARE(toMap(caches->fileData(QStringLiteral("/docs/bad.txt"))),
+        defaultsWith<FileData>(R"({"path":"/docs/bad.txt","fileId":3,"plan":"upload","planError":9,"planStatus":10})"));
+
+    // An empty answer repaints nothing and keeps what is known.
+    peer.write(response("getFileStatus", "[]"));
+    sync();
+    QCOMPARE(repainted.size(), 3);
+    QCOMPARE(caches->fileData(QStringLiteral("/docs/a b.txt")).planStatus, 2);
+}
+
+void TestNubixCaches::laterStatusReplacesEarlier()
+{
+    repainted.clear();
+    peer.write(notification("fileSyncStatus", R"({"path":"/twice.txt","fileid":5,"plan":"upload","plan_status":2})"));
+    peer.write(notification("fileSyncStatus", R"({"path":"/twice.txt","fileid":5,"plan":"","plan_status":3})"));
+    QTRY_COMPARE(repainted.size(), 2);
+    // No check whether anything changed: each report repaints.
+    QCOMPARE(repainted.at(0), repainted.at(1));
+    QCOMPARE(repainted.at(0).path(), QStringLiteral("/twice.txt"));
+    QCOMPARE(toMap(caches->fileData(QStringLiteral("/twice.txt"))),
+        defaultsWith<FileData>(R"({"path":"/twice.txt","fileId":5,"planStatus":3})"));
+}
+
+void TestNubixCaches::looksUpExactPathsOnly_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("planStatus");
+
+    QTest::newRow("cached directory") << "/docs" << 3;
+    QTest::newRow("cached file") << "/docs/bad.txt" << 10;
+    QTest::newRow("trailing slash") << "/docs/" << 0;
+    QTest::newRow("relative") << "docs" << 0;
+    QTest::newRow("other case") << "/DOCS" << 0;
+    QTest::newRow("child of a cached directory") << "/docs/unknown.txt" << 0;
+    QTest::newRow("doubled slash") << "//docs" << 0;
+    QTest::newRow("empty") << "" << 0;
+}
+
+void TestNubixCaches::looksUpExactPathsOnly()
+{
+    QFETCH(QString, path);
+    QFETCH(int, planStatus);
+
+    const FileData data = caches->fileData(path);
+    QCOMPARE(data.planStatus, planStatus);
+    if (planStatus == 0)
+        QCOMPARE(toMap(data), toMap(FileData()));
+    else
+        QCOMPARE(data.path, path);
+}
+
+void TestNubixCaches::removesExactPathOnly()
+{
+    caches->removeFileCache(QStringLiteral("/docs/"));
+    caches->removeFileCache(QStringLiteral("/nothing"));
+    QCOMPARE(caches->fileData(QStringLiteral("/docs")).planStatus, 3);
+    caches->removeFileCache(QStringLiteral("/docs"));
+    QCOMPARE(toMap(caches->fileData(QStringLiteral("/docs"))), toMap(FileData()));
+    // Its children stay.
+    QCOMPARE(caches->fileData(QStringLiteral("/docs/bad.txt")).planStatus, 10);
+}
+
+void TestNubixCaches::rootNotificationWaitsForTheAnswer()
+{
+    peer.write(syncInfoResponse(QStringLiteral("/home/u/Kelo")));
+    sync();
+    QCOMPARE(caches->syncRoot(), QStringLiteral("/home/u/Kelo"));
+
+    QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
+    QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
+    peer.write(notification("syncRoot", "\"/home/u/Elsewhere\""));
+    // The handler asks once, the cache once more.
+    QCOMPARE(nextRequest().value(QStringLiteral("method")).toString(), QStringLiteral("getSyncInfo"));
+    QCOMPARE(nextRequest().value(QStringLiteral("method")).toString(), QStringLiteral("getSyncInfo"));
+    sync();
+    QCOMPARE(caches->syncRoot(), QStringLiteral("/home/u/Kelo"));
+    QCOMPARE(changed.count(), 0);
+    QCOMPARE(updated.count(), 0);
+
+    peer.write(syncInfoResponse(QStringLiteral("/home/u/Elsewhere")));
+    QTRY_COMPARE(updated.count(), 1);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.at(0).at(0).toString(), QStringLiteral("/home/u/Elsewhere"));
+    QCOMPARE(caches->syncRoot(), QStringLiteral("/home/u/Elsewhere"));
+}
+
+void TestNubixCaches::rootChangesOnlyWhenItsTextDiffers_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<bool>("changes");
+
+    QTest::newRow("same root") << "/home/u/Kelo"
+                               << "/home/u/Kelo" << false;
+    QTest::newRow("other root") << "/home/u/Kelo"
+                                << "/data/Kelo" << true;
+    QTest::newRow("trailing slash") << "/home/u/Kelo"
+                                    << "/home/u/Kelo/" << true;
+    QTest::newRow("other case") << "/home/u/Kelo"
+                                << "/home/u/kelo" << true;
+    QTest::newRow("root forgotten") << "/home/u/Kelo"
+                                    << "" << true;
+    QTest::newRow("still no root") << ""
+                                   << "" << false;
+    QTest::newRow("root set up") << ""
+                                 << "/home/u/Kelo" << true;
+}
+
+void TestNubixCaches::rootChangesOnlyWhenItsTextDiffers()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    QFETCH(bool, changes);
+
+    caches->setSyncInfo([&] {
+        SyncInfo info;
+        info.syncRoot = before;
+        return info;
+    }());
+    QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
+    QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
+    peer.write(syncInfoResponse(after));
+    QTRY_COMPARE(updated.count(), 1);
+    QCOMPARE(changed.count(), changes ? 1 : 0);
+    if (changes)
+        QCOMPARE(changed.at(0).at(0).toString(), after);
+    QCOMPARE(caches->syncRoot(), after);
+
+    // Without a root the client is asked to show its set-up page.
+    handler->requestSyncStart();
+    QJsonObject body = nextRequest();
+    if (after.isEmpty()) {
+        QCOMPARE(body.value(QStringLiteral("method")).toString(), QStringLiteral("navigate"));
+        QCOMPARE(body.value(QStringLiteral("data")).toObject(),
+            QJsonDocument::fromJson(R"({"type":"home","args":"sync"})").object());
+        body = nextRequest();
+    }
+    QCOMPARE(body.value(QStringLiteral("method")).toString(), QStringLiteral("setSyncStart"));
+}
+
+void TestNubixCaches::notificationsReplacePartsSilently()
+{
+    peer.write(syncInfoResponse(QStringLiteral("/home/u/Kelo")));
+    sync();
+    const SyncInfo before = caches->syncInfo();
+
+    QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
+    QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
+    peer.write(notification("syncErrors", R"({"isPaused":true,"isOnline":true})"));
+    peer.write(notification("syncQuantity", R"({"todo":9,"doing":1})"));
+    peer.write(notification("banDirs", R"(["/Private","/Old"])"));
+    peer.write(notification("syncInited", "false"));
+    sync();
+
+    QCOMPARE(changed.count(), 0);
+    QCOMPARE(updated.count(), 0);
+    SyncInfo expected = before;
+    expected.syncErrors.isPaused = true;
+    expected.syncErrors.isOnline = true;
+    expected.syncQuantity.todo = 9;
+    expected.syncQuantity.doing = 1;
+    expected.banDirs = QStringList {QStringLiteral("/Private"), QStringLiteral("/Old")};
+    QCOMPARE(toMap(caches->syncInfo()), toMap(expected));
+
+    // Replaced, not merged.
+    peer.write(notification("syncErrors", R"({"isUnknown":true})"));
+    peer.write(notification("banDirs", "[]"));
+    sync();
+    QCOMPARE(toMap(caches->syncInfo().syncErrors), defaultsWith<SyncError>(R"({"isUnknown":true})"));
+    QCOMPARE(caches->syncInfo().banDirs, QStringList());
+}
+
+void TestNubixCaches::keepsUserInfoSilently()
+{
+    QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
+    QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
+    const char *result = R"({"account":{"uid":"u9","nickname":"Bo","bookType":2},
+                             "storage":{"free":5,"used":6,"total":11,"relative":1,"quota":12}})";
+    peer.write(response("getUserInfo", result));
+    sync();
+    QCOMPARE(toMap(caches->userInfo()), defaultsWith<UserInfo>(R"({"account":{"uid":"u9","nickname":"Bo","bookType":2},
+                                   "free":5,"used":6,"total":11,"relative":1,"quota":12})"));
+    QCOMPARE(changed.count() + updated.count(), 0);
+}
+
+void TestNubixCaches::marksDisconnectionUntilNextAnswer()
+{
+    peer.write(syncInfoResponse(QStringLiteral("/home/u/Kelo")));
+    sync();
+    QVERIFY(!caches->syncInfo().isDisconnected);
+    const QVariantMap user = toMap(caches->userInfo());
+
+    QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
+    QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
+    peer.disconnectClient();
+    QTRY_COMPARE(updated.count(), 1);
+    QVERIFY(caches->syncInfo().isDisconnected);
+    // Everything else is kept for readers that go on showing it.
+    QCOMPARE(caches->syncRoot(), QStringLiteral("/home/u/Kelo"));
+    QCOMPARE(toMap(caches->userInfo()), user);
+    QCOMPARE(caches->fileData(QStringLiteral("/twice.txt")).planStatus, 3);
+    QCOMPARE(changed.count(), 0);
+
+    // Back again: the three requests go out, and the answer confirms the summary.
+    peer.socket = nullptr;
+    peer.buffer.clear();
+    handler->tryConnect();
+    QVERIFY(peer.waitForClient());
+    QCOMPARE(nextRequest().value(QStringLiteral("method")).toString(), QStringLiteral("getUserInfo"));
+    QCOMPARE(nextRequest().value(QStringLiteral("method")).toString(), QStringLiteral("getSyncInfo"));
+    QCOMPARE(nextRequest().value(QStringLiteral("method")).toString(), QStringLiteral("getFileStatus"));
+    QVERIFY(caches->syncInfo().isDisconnected);
+    peer.write(syncInfoResponse(QStringLiteral("/home/u/Kelo")));
+    QTRY_COMPARE(updated.count(), 2);
+    QVERIFY(!caches->syncInfo().isDisconnected);
+    QCOMPARE(changed.count(), 0);
+}
+
+QTEST_MAIN(TestNubixCaches)
+#include "tst_nubixcaches.moc"

@@ -21,8 +21,8 @@ QUrl schemeRoot(const QString &scheme)
     QUrl url;
     url.setScheme(scheme);
     url.setPath(QStringLiteral("/"));
-    // An empty but present host makes the URL print with three slashes.
-    url.setHost(QString(), QUrl::DecodedMode);
+    // An empty but present host (not a null one) makes the URL print with three slashes.
+    url.setHost(QStringLiteral(""), QUrl::DecodedMode);
     return url;
 }
 }   // namespace
@@ -60,7 +60,7 @@ QUrl NubixUtils::localToCloud(const QUrl &url)
     QUrl cloud;
     cloud.setScheme(Schemes::kNubix);
     cloud.setPath(path, QUrl::DecodedMode);
-    cloud.setHost(QString(), QUrl::DecodedMode);
+    cloud.setHost(QStringLiteral(""), QUrl::DecodedMode);
     return cloud;
 }
 

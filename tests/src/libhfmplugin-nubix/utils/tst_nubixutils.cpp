@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "utils/nubixutils.h"
+
+#include "caches/nubixcaches.h"
+
+#include <htk/messagedialog.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QIcon>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace hfmplugin_nubix;
+
+namespace {
+const QString kRoot = QStringLiteral("/home/a/Drive");
+
+void setRoot(const QString &root)
+{
+    SyncInfo info;
+    info.syncRoot = root;
+    NubixCaches::instance()->setSyncInfo(info);
+}
+}   // namespace
+
+class TestNubixUtils : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { setRoot(kRoot); }
+
+    void fixedUrls_data()
+    {
+        QTest::addColumn<QUrl>("url");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("scheme");
+        QTest::addColumn<QString>("path");
+
+        QTest::newRow("welcome page") << NubixUtils::loginRoot() << QStringLiteral("nubix-login:///")
+                                      << QStringLiteral("nubix-login") << QStringLiteral("/");
+        QTest::newRow("cloud root") << NubixUtils::nubixRoot() << QStringLiteral("nubix:///") << QStringLiteral("nubix")
+                                    << QStringLiteral("/");
+        QTest::newRow("computer entry") << NubixUtils::computerEntryUrl() << QStringLiteral("entry:///nubix.nubix")
+                                        << QStringLiteral("entry") << QStringLiteral("/nubix.nubix");
+    }
+    void fixedUrls()
+    {
+        QFETCH(QUrl, url);
+        QFETCH(QString, text);
+        QFETCH(QString, scheme);
+        QFETCH(QString, path);
+
+        QVERIFY(url.isValid());
+        QCOMPARE(url.toString(), text);
+        QCOMPARE(url.scheme(), scheme);
+        QCOMPARE(url.path(), path);
+        // Present but empty: the navigation code compares with URLs parsed from text.
+        QCOMPARE(url.host(), QString());
+        QCOMPARE(url, QUrl(text));
+    }
+
+    void localToCloud_data()
+    {
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<QUrl>("local");
+        QTest::addColumn<bool>("mapped");
+        QTest::addColumn<QString>("path");
+        // The printed form, where the URL is a complete one; empty to skip.
+        QTest::addColumn<QString>("text");
+
+        const QString none;
+        QTest::newRow("file below the root") << kRoot << QUrl(QStringLiteral("file:///home/a/Drive/doc/x.txt")) << true
+                                             << QStringLiteral("/doc/x.txt") << QStringLiteral("nubix:///doc/x.txt");
+        QTest::newRow("the root itself") << kRoot << QUrl(QStringLiteral("file:///home/a/Drive")) << true << QString()
+                                         << none;
+        QTest::newRow("the root with a trailing slash") << kRoot << QUrl(QStringLiteral("file:///home/a/Drive/"))
+                                                        << true << QStringLiteral("/") << QStringLiteral("nubix:///");
+        QTest::newRow("sibling sharing the root's prefix")
+            << kRoot << QUrl(QStringLiteral("file:///home/a/Drive2/x")) << true << QStringLiteral("2/x") << none;
+        QTest::newRow("path repeating the root")
+            << kRoot << QUrl(QStringLiteral("file:///home/a/Drive/sub/home/a/Drive/y")) << true
+            << QStringLiteral("/sub/y") << QStringLiteral("nubix:///sub/y");
+        QTest::newRow("outside the root") << kRoot << QUrl(QStringLiteral("file:///tmp/x")) << false << none << none;
+        QTest::newRow("parent of the root") << kRoot << QUrl(QStringLiteral("file:///home/a")) << false << none << none;
+        QTest::newRow("root in other case")
+            << kRoot << QUrl(QStringLiteral("file:///home/a/drive/x")) << false << none << none;
+        QTest::newRow("scheme in capitals") << kRoot << QUrl(QStringLiteral("FILE:///home/a/Drive/x")) << true
+                                            << QStringLiteral("/x") << QStringLiteral("nubix:///x");
+        QTest::newRow("network scheme") << kRoot << QUrl(QStringLiteral("smb://h/home/a/Drive/x")) << false << none
+                                        << none;
+        QTest::newRow("already a cloud url")
+            << kRoot << QUrl(QStringLiteral("nubix:///home/a/Drive/x")) << false << none << none;
+        QTest::newRow("empty url") << kRoot << QUrl() << false << none << none;
+        QTest::newRow("percent-encoded name")
+            << kRoot << QUrl(QStringLiteral("file:///home/a/Drive/my%20doc/%C3%A9t%C3%A9%25.txt")) << true
+            << QStringLiteral("/my doc/\u00e9t\u00e9%.txt") << QStringLiteral("nubix:///my doc/\u00e9t\u00e9%25.txt");
+        QTest::newRow("percent-encoded root")
+            << QStringLiteral("/home/a/My Drive") << QUrl(QStringLiteral("file:///home/a/My%20Drive/x")) << true
+            << QStringLiteral("/x") << QStringLiteral("nubix:///x");
+        QTest::newRow("empty root maps every file") << QString() << QUrl(QStringLiteral("file:///tmp/x")) << true
+                                                    << QStringLiteral("/tmp/x") << QStringLiteral("nubix:///tmp/x");
+        QTest::newRow("root given with a trailing slash")
+            << QStringLiteral("/home/a/Drive/") << QUrl(QStringLiteral("file:///home/a/Drive/doc/x")) << true
+            << QStringLiteral("doc/x") << none;
+    }
+    void localToCloud()
+    {
+        QFETCH(QString, root);
+        QFETCH(QUrl, local);
+        QFETCH(bool, mapped);
+        QFETCH(QString, path);
+        QFETCH(QString, text);
+
+        setRoot(root);
+        const QUrl cloud = NubixUtils::localToCloud(local);
+        if (!mapped) {
+            QVERIFY2(cloud.isEmpty(), qPrintable(cloud.toString()));
+            return;
+        }
+        QCOMPARE(cloud.scheme(), QStringLiteral("nubix"));
+        QCOMPARE(cloud.path(QUrl::FullyDecoded), path);
+        QCOMPARE(cloud.host(), QString());
+        if (!text.isEmpty())
+            QCOMPARE(cloud.toString(), text);
+    }
+
+    void cloudToLocal_data()
+    {
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<QUrl>("cloud");
+        // Local path expected; empty when the URL is not ours.
+        QTest::addColumn<QString>("localPath");
+
+        QTest::newRow("file below the root")
+            << kRoot << QUrl(QStringLiteral("nubix:///doc/x.txt")) << QStringLiteral("/home/a/Drive/doc/x.txt");
+        QTest::newRow("cloud root") << kRoot << NubixUtils::nubixRoot() << QStringLiteral("/home/a/Drive/");
+        QTest::newRow("no path at all") << kRoot << QUrl(QStringLiteral("nubix:")) << kRoot;
+        QTest::newRow("relative path is glued on")
+            << kRoot << QUrl(QStringLiteral("nubix:x")) << QStringLiteral("/home/a/Drivex");
+        QTest::newRow("local url") << kRoot << QUrl(QStringLiteral("file:///x")) << QString();
+        // QUrl folds a scheme to lower case while parsing, so capitals never reach the comparison.
+        QTest::newRow("scheme in capitals")
+            << kRoot << QUrl(QStringLiteral("NUBIX:///x")) << QStringLiteral("/home/a/Drive/x");
+        QTest::newRow("welcome page") << kRoot << NubixUtils::loginRoot() << QString();
+        QTest::newRow("network scheme") << kRoot << QUrl(QStringLiteral("smb://h/x")) << QString();
+        QTest::newRow("empty url") << kRoot << QUrl() << QString();
+        QTest::newRow("percent-encoded name") << kRoot << QUrl(QStringLiteral("nubix:///my%20doc/%C3%A9t%C3%A9.txt"))
+                                              << QStringLiteral("/home/a/Drive/my doc/\u00e9t\u00e9.txt");
+        QTest::newRow("empty root") << QString() << QUrl(QStringLiteral("nubix:///tmp/x")) << QStringLiteral("/tmp/x");
+        QTest::newRow("root given with a trailing slash")
+            << QStringLiteral("/home/a/Drive/") << QUrl(QStringLiteral("nubix:///x"))
+            << QStringLiteral("/home/a/Drive//x");
+    }
+    void cloudToLocal()
+    {
+        QFETCH(QString, root);
+        QFETCH(QUrl, cloud);
+        QFETCH(QString, localPath);
+
+        setRoot(root);
+        const QUrl local = NubixUtils::cloudToLocal(cloud);
+        if (localPath.isEmpty()) {
+            QVERIFY2(local.isEmpty(), qPrintable(local.toString()));
+            return;
+        }
+        QVERIFY(local.isLocalFile());
+        QCOMPARE(local.toLocalFile(), localPath);
+    }
+
+    // Ordinary files survive the trip both ways, whatever their names.
+    void roundTrip_data()
+    {
+        QTest::addColumn<QString>("relative");
+
+        QTest::newRow("plain") << QStringLiteral("/doc/x.txt");
+        QTest::newRow("spaces and unicode") << QStringLiteral("/Fotos 2024/\u00fcber \u6587\u4ef6.jpg");
+        QTest::newRow("reserved characters") << QStringLiteral("/a#b/c?d/100%/e[1];f=g&h");
+        QTest::newRow("leading dot") << QStringLiteral("/.config/x");
+        QTest::newRow("deep") << QStringLiteral("/a/b/c/d/e/f/g/h/i/j.txt");
+    }
+    void roundTrip()
+    {
+        QFETCH(QString, relative);
+
+        const QUrl local = QUrl::fromLocalFile(kRoot + relative);
+        const QUrl cloud = NubixUtils::localToCloud(local);
+        QCOMPARE(cloud.path(QUrl::FullyDecoded), relative);
+        QVERIFY2(cloud.isValid(), qPrintable(cloud.errorString()));
+        QCOMPARE(NubixUtils::cloudToLocal(cloud), local);
+        // And through text, as URLs travel in events.
+        QCOMPARE(NubixUtils::cloudToLocal(QUrl(cloud.toString(QUrl::FullyEncoded))), local);
+    }
+
+    // The root is read on every call: nothing is kept from an earlier one.
+    void followsRootChanges()
+    {
+        const QUrl local = QUrl::fromLocalFile(QStringLiteral("/data/one/x"));
+        setRoot(QStringLiteral("/data/one"));
+        QCOMPARE(NubixUtils::localToCloud(local).path(), QStringLiteral("/x"));
+        setRoot(QStringLiteral("/data/two"));
+        QVERIFY(NubixUtils::localToCloud(local).isEmpty());
+        QCOMPARE(
+            NubixUtils::cloudToLocal(QUrl(QStringLiteral("nubix:///x"))).toLocalFile(), QStringLiteral("/data/two/x"));
+    }
+
+    void readyToAccess_data()
+    {
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<bool>("ready");
+
+        QTest::newRow("no root yet") << QString() << false;
+        QTest::newRow("empty but not null root") << QStringLiteral("") << false;
+        QTest::newRow("a root") << kRoot << true;
+        QTest::newRow("a blank root is still a root") << QStringLiteral(" ") << true;
+    }
+    void readyToAccess()
+    {
+        QFETCH(QString, root);
+        QFETCH(bool, ready);
+
+        setRoot(root);
+        QCOMPARE(NubixUtils::readyToAccess(), ready);
+    }
+
+    void showDialog()
+    {
+        // A theme that has the error icon, so that the icon's name survives.
+        QTemporaryDir themes;
+        QVERIFY(QDir(themes.path()).mkpath(QStringLiteral("probe/16x16")));
+        QFile index(themes.filePath(QStringLiteral("probe/index.theme")));
+        QVERIFY(index.open(QIODevice::WriteOnly));
+        index.write("[Icon Theme]\nName=probe\nDirectories=16x16\n\n[16x16]\nSize=16\nType=Fixed\n");
+        index.close();
+        QImage pixel(16, 16, QImage::Format_ARGB32);
+        pixel.fill(Qt::red);
+        QVERIFY(pixel.save(themes.filePath(QStringLiteral("probe/16x16/dialog-error.png"))));
+        QIcon::setThemeSearchPaths({themes.path()});
+        QIcon::setThemeName(QStringLiteral("probe"));
+
+        htk::MessageDialog::setAutomationMode(true);
+        htk::MessageDialog::clearRecordedDialogs();
+        QWidget parent;
+
+        NubixUtils::showDialog(QStringLiteral("Cannot open"), QStringLiteral("The file is still syncing."), &parent);
+
+        const QList<htk::MessageDialog::Record> dialogs = htk::MessageDialog::recordedDialogs();
+        QCOMPARE(dialogs.size(), 1);
+        QCOMPARE(dialogs.first().title, QStringLiteral("Cannot open"));
+        QCOMPARE(dialogs.first().message, QStringLiteral("The file is still syncing."));
+        QCOMPARE(dialogs.first().iconName, QStringLiteral("dialog-error"));
+        QCOMPARE(dialogs.first().buttons, QStringList {QStringLiteral("Confirm")});
+        // The dialog is gone once the call returns.
+        QVERIFY(parent.findChildren<htk::MessageDialog *>().isEmpty());
+        htk::MessageDialog::setAutomationMode(false);
+    }
+};
+
+QTEST_MAIN(TestNubixUtils)
+#include "tst_nubixutils.moc"

@@ -112,11 +112,11 @@ bool pathTaken(const QString &path)
     return ::lstat(QFile::encodeName(path).constData(), &st) == 0;
 }
 
-QString freeTargetPath(const QString &dir, const QString &name)
+QString freeTargetPath(const QString &dir, const QString &name, bool folder)
 {
     const QString base = QDir::cleanPath(dir);
     const QString free = hdehost::freeFileName(
-        name, [&base](const QString &candidate) { return pathTaken(base + QLatin1Char('/') + candidate); });
+        name, [&base](const QString &candidate) { return pathTaken(base + QLatin1Char('/') + candidate); }, folder);
     return free.isEmpty() ? QString() : base + QLatin1Char('/') + free;
 }
 
@@ -170,7 +170,7 @@ TransferResult transfer(
             result.targets.append(clean);
             continue;
         }
-        const QString destination = freeTargetPath(target, source.fileName());
+        const QString destination = freeTargetPath(target, source.fileName(), source.isDir() && !source.isSymLink());
         if (destination.isEmpty()) {
             fail(QStringLiteral("no free name for \"%1\" in \"%2\"").arg(source.fileName(), target));
             continue;

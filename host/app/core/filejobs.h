@@ -29,8 +29,9 @@ TransferResult transfer(
     const QStringList &sources, const QString &targetDir, bool move, const std::atomic<bool> *cancelled = nullptr);
 // A file, a link or a whole folder (links are removed, never followed).
 bool removePath(const QString &path, QString *error);
-// `name` inside `dir` when free, else "name (n).suffix" with the first free n.
-QString freeTargetPath(const QString &dir, const QString &name);
+// `name` inside `dir` when free, else "name (n).suffix" with the first free
+// n; a folder's name gets " (n)" at its end.
+QString freeTargetPath(const QString &dir, const QString &name, bool folder = false);
 // Whether `path` names anything, a dangling link included.
 bool pathTaken(const QString &path);
 

@@ -382,7 +382,9 @@ void FileOperations::renameFile(quint64 windowId, const QUrl &from, const QUrl &
     const QString target = source.isEmpty() ? QString() : localTargetPathOf(to, &error);
     bool ok = false;
     if (!target.isEmpty()) {
-        if (source == target)
+        if (!pathTaken(source))
+            error = tr("\"%1\" does not exist").arg(source);
+        else if (source == target)
             error = tr("the name is unchanged");
         else if (pathTaken(target))
             error = tr("\"%1\" already exists").arg(QFileInfo(target).fileName());

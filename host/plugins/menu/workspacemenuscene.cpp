@@ -204,10 +204,13 @@ void WorkspaceMenuScene::deleteSelection()
 
 void WorkspaceMenuScene::createFolder()
 {
-    const QString name = freeFileName(tr("New Folder"), [this](const QString &candidate) {
-        const hfmbase::FileInfoPointer info = infoOf(childUrl(currentDir, candidate));
-        return info && info->exists();
-    });
+    const QString name = freeFileName(
+        tr("New Folder"),
+        [this](const QString &candidate) {
+            const hfmbase::FileInfoPointer info = infoOf(childUrl(currentDir, candidate));
+            return info && info->exists();
+        },
+        true);
     if (name.isEmpty())
         return;
     hpf::dispatcher()->publish(

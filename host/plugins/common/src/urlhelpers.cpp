@@ -125,13 +125,14 @@ void splitFileName(const QString &name, QString *base, QString *suffix)
     *suffix = name.mid(dot);
 }
 
-QString freeFileName(const QString &name, const std::function<bool(const QString &)> &taken)
+QString freeFileName(const QString &name, const std::function<bool(const QString &)> &taken, bool wholeName)
 {
     if (!taken(name))
         return name;
-    QString base;
+    QString base = name;
     QString suffix;
-    splitFileName(name, &base, &suffix);
+    if (!wholeName)
+        splitFileName(name, &base, &suffix);
     for (int n = 1; n < 100000; ++n) {
         const QString candidate = base + QLatin1String(" (") + QString::number(n) + QLatin1Char(')') + suffix;
         if (!taken(candidate))

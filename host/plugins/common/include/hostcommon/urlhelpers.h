@@ -34,7 +34,8 @@ QUrl operableUrl(const QUrl &url, QString *error = nullptr);
 // leading dot belongs to the base ("a.tar.gz" -> "a", ".tar.gz").
 void splitFileName(const QString &name, QString *base, QString *suffix);
 // `name` when it is free, else the first of "a (1).txt", "a (2).txt", ...
-// for which `taken` is false.
-QString freeFileName(const QString &name, const std::function<bool(const QString &)> &taken);
+// for which `taken` is false. Folders (`wholeName`) keep their dots:
+// "v1.2 (1)".
+QString freeFileName(const QString &name, const std::function<bool(const QString &)> &taken, bool wholeName = false);
 
 }   // namespace hdehost

@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Whole runs of hde-file-manager under the offscreen platform, driven by
+// automation scripts on standard input, with the host's plug-ins and the
+// test plug-in loaded. Checks go through the printed state (JSON lines).
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+// "a|b|c" as a list; the data tables stay readable without QStringLiteral noise.
+QStringList words(const char *text)
+{
+    return QString::fromUtf8(text).split(QLatin1Char('|'));
+}
+
+struct Run
+{
+    int exitCode = -1;
+    QStringList lines;   // standard output
+    QString errors;   // standard error
+
+    QJsonObject lastState() const
+    {
+        for (auto it = lines.crbegin(); it != lines.crend(); ++it) {
+            const QJsonObject object = QJsonDocument::fromJson(it->toUtf8()).object();
+            if (object.contains(QStringLiteral("version")))
+                return object;
+        }
+        return QJsonObject();
+    }
+};
+
+void writeFile(const QString &path, const QByteArray &data = QByteArray("x"))
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(data);
+}
+
+QStringList values(const QJsonArray &array, const QString &key)
+{
+    QStringList list;
+    for (const QJsonValue &value : array)
+        list.append(value.toObject().value(key).toString());
+    return list;
+}
+
+QJsonObject find(const QJsonArray &array, const QString &key, const QString &value)
+{
+    for (const QJsonValue &entry : array) {
+        if (entry.toObject().value(key).toString() == value)
+            return entry.toObject();
+    }
+    return QJsonObject();
+}
+
+}   // namespace
+
+class HostScriptsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void versionComesBeforeAnyGui();
+    void exitCodes_data();
+    void exitCodes();
+    void scriptFromFile();
+    void navigationThroughFilters();
+    void fileOperations_data();
+    void fileOperations();
+    void menusAreListedAndTriggered();
+    void topWidgetEmblemsAndSidebarInState();
+    void customViewClickAndScreenshot();
+
+private:
+    Run run(const QString &script, const QStringList &arguments = QStringList());
+    QString path(const QString &relative) const { return QDir(tmp->path()).filePath(relative); }
+    QString expand(QString text) const { return text.replace(QStringLiteral("$ROOT"), path(QStringLiteral("root"))); }
+
+    std::unique_ptr<QTemporaryDir> tmp;
+};
+
+void HostScriptsTest::init()
+{
+    tmp.reset(new QTemporaryDir);
+    QVERIFY(tmp->isValid());
+    writeFile(path(QStringLiteral("root/a.txt")), "a");
+    writeFile(path(QStringLiteral("root/marked.txt")), "m");
+    writeFile(path(QStringLiteral("root/dir/inner.txt")), "i");
+    QDir().mkpath(path(QStringLiteral("home/.local/share")));
+}
+
+Run HostScriptsTest::run(const QString &script, const QStringList &arguments)
+{
+    QProcess process;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), path(QStringLiteral("home")));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("home/.local/share")));
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("home/.config")));
+    env.insert(QStringLiteral("HOSTTEST_ROOT"), path(QStringLiteral("root")));
+    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.info=false"));
+    env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
+    process.setProcessEnvironment(env);
+    QStringList args {QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("--plugin-dir"),
+        QStringLiteral(HOSTTEST_PLUGIN_DIR), QStringLiteral("--disable-plugin"), QStringLiteral("hfmplugin-nubix")};
+    args += arguments.isEmpty() ? QStringList {QStringLiteral("--script"), QStringLiteral("-")} : arguments;
+    process.start(QStringLiteral(HDE_FM_BINARY), args);
+    Run result;
+    if (!process.waitForStarted(10000))
+        return result;
+    process.write(expand(script).toUtf8());
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.lines = QString::fromUtf8(process.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    result.errors = QString::fromUtf8(process.readAllStandardError());
+    return result;
+}
+
+void HostScriptsTest::versionComesBeforeAnyGui()
+{
+    QProcess process;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    // No display at all: starting any GUI would fail.
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    env.remove(QStringLiteral("DISPLAY"));
+    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    process.setProcessEnvironment(env);
+    process.start(QStringLiteral(HDE_FM_BINARY), {QStringLiteral("-v")});
+    QVERIFY(process.waitForFinished(10000));
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("hde-file-manager " HDE_FM_VERSION "\n"));
+}
+
+void HostScriptsTest::exitCodes_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("errorPart");
+
+    QTest::newRow("end of script") << "echo done\n" << 0 << "";
+    QTest::newRow("comments and blank lines") << "# nothing\n\n   \necho x\n" << 0 << "";
+    QTest::newRow("quit with a code") << "quit 7\necho never\n" << 7 << "";
+    QTest::newRow("unknown command") << "echo a\nfly me\n" << 2 << "script line 2: fly me: unknown command";
+    QTest::newRow("missing arguments") << "cd last\n" << 2 << "usage: cd";
+    QTest::newRow("unterminated quote") << "echo \"open\n" << 2 << "unterminated quote";
+    QTest::newRow("wait that times out") << "wait-for windows 3 50\n" << 3 << "timed out after 50 ms";
+    QTest::newRow("expectation not met") << "expect windows/# 1\n" << 1 << "is 0, not 1";
+    QTest::newRow("no such window") << "cd 42 /tmp\n" << 1 << "no window \"42\"";
+    QTest::newRow("no such item") << "open $ROOT\nwait-for loaded last\nactivate last nothing.txt\n"
+                                  << 1 << "no item \"nothing.txt\"";
+    QTest::newRow("not a location") << "open relative/path\n" << 2 << "neither an absolute path nor a URL";
+}
+
+void HostScriptsTest::exitCodes()
+{
+    QFETCH(QString, script);
+    QFETCH(int, exitCode);
+    QFETCH(QString, errorPart);
+    const Run result = run(script);
+    QCOMPARE(result.exitCode, exitCode);
+    QVERIFY2(result.errors.contains(errorPart), qPrintable(result.errors));
+    QVERIFY(!result.lines.contains(QStringLiteral("never")));
+}
+
+void HostScriptsTest::scriptFromFile()
+{
+    writeFile(path(QStringLiteral("script.txt")),
+        "open " + path(QStringLiteral("root")).toUtf8() + "\nwait-for item last a.txt\necho found\n");
+    const Run result = run(QString(), {QStringLiteral("--script"), path(QStringLiteral("script.txt"))});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.lines, QStringList {QStringLiteral("found")});
+
+    const Run missing = run(QString(), {QStringLiteral("--script"), path(QStringLiteral("no-such-script"))});
+    QCOMPARE(missing.exitCode, 2);
+}
+
+void HostScriptsTest::navigationThroughFilters()
+{
+    const Run result = run(QStringLiteral(R"S(open hosttest:///
+wait-for loaded last
+cd last hosttest-redirect:///dir
+wait-for url last hosttest:///dir
+cd last hosttest:///forbidden
+new-tab last hosttest:///forbidden
+new-tab last $ROOT
+wait-for loaded last
+new-window hosttest-redirect:///
+wait-for windows 2
+back 1
+forward 1
+address 2 /no/such/place
+address 2 $ROOT/dir
+wait-for item 2 inner.txt
+state
+)S"));
+    QCOMPARE(result.exitCode, 0);
+    const QJsonObject state = result.lastState();
+    QCOMPARE(state.value(QStringLiteral("version")).toInt(), 1);
+    const QJsonArray windows = state.value(QStringLiteral("windows")).toArray();
+    QCOMPARE(windows.size(), 2);
+    const QJsonObject first = windows.at(0).toObject();
+    const QJsonArray tabs = first.value(QStringLiteral("tabs")).toArray();
+    // The vetoed tab never came; the redirect went to the tree.
+    QCOMPARE(values(tabs, QStringLiteral("url")),
+        (QStringList {
+            QStringLiteral("hosttest:///dir"), QUrl::fromLocalFile(path(QStringLiteral("root"))).toString()}));
+    QCOMPARE(values(tabs, QStringLiteral("name")), (QStringList {QStringLiteral("dir"), QStringLiteral("root")}));
+    QCOMPARE(first.value(QStringLiteral("currentTab")).toInt(), 1);
+    const QJsonObject second = windows.at(1).toObject();
+    QCOMPARE(second.value(QStringLiteral("url")).toString(),
+        QUrl::fromLocalFile(path(QStringLiteral("root/dir"))).toString());
+    QCOMPARE(second.value(QStringLiteral("titlebar")).toObject().value(QStringLiteral("address")).toString(),
+        path(QStringLiteral("root/dir")));
+}
+
+void HostScriptsTest::fileOperations_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("present");
+    QTest::addColumn<QStringList>("absent");
+    QTest::addColumn<int>("resultEvent");
+    QTest::addColumn<bool>("ok");
+
+    QTest::newRow("make a folder") << "mkdir 0 $ROOT/made\n" << words("root/made") << QStringList() << 1012 << true;
+    QTest::newRow("make a folder that exists") << "mkdir 0 $ROOT/dir\n"
+                                               << words("root/dir/inner.txt") << QStringList() << 1012 << false;
+    QTest::newRow("create a document") << "touch 0 $ROOT txt\n"
+                                       << words("root/New Document.txt") << QStringList() << 1013 << true;
+    QTest::newRow("copy with a clash") << "copy 0 $ROOT $ROOT/a.txt\nwait-for idle\n"
+                                       << words("root/a.txt|root/a (1).txt") << QStringList() << 1007 << true;
+    QTest::newRow("cut into a folder") << "cut 0 $ROOT/dir $ROOT/a.txt\nwait-for idle\n"
+                                       << words("root/dir/a.txt") << words("root/a.txt") << 1011 << true;
+    QTest::newRow("copy through the plug-in scheme")
+        << "copy 0 hosttest:///dir hosttest:///a.txt\nwait-for idle\n"
+        << words("root/dir/a.txt|root/a.txt") << QStringList() << 1007 << true;
+    QTest::newRow("delete") << "delete 0 $ROOT/dir\nwait-for idle\n"
+                            << QStringList() << words("root/dir") << 1014 << true;
+    QTest::newRow("trash") << "trash 0 $ROOT/a.txt\nwait-for idle\n"
+                           << words("home/.local/share/Trash/files/a.txt") << words("root/a.txt") << 1015 << true;
+    QTest::newRow("rename") << "rename 0 $ROOT/a.txt b.txt\n"
+                            << words("root/b.txt") << words("root/a.txt") << 1002 << true;
+    QTest::newRow("rename onto a taken name") << "rename 0 $ROOT/a.txt marked.txt\n"
+                                              << words("root/a.txt|root/marked.txt") << QStringList() << 1002 << false;
+    QTest::newRow("clipboard and paste") << "clipboard 0 cut $ROOT/a.txt\npaste 0 $ROOT/dir\nwait-for idle\n"
+                                         << words("root/dir/a.txt") << words("root/a.txt") << 1011 << true;
+    QTest::newRow("open a file") << "open-files 0 hosttest:///a.txt\n"
+                                 << words("root/a.txt") << QStringList() << 1016 << true;
+}
+
+void HostScriptsTest::fileOperations()
+{
+    QFETCH(QString, script);
+    QFETCH(QStringList, present);
+    QFETCH(QStringList, absent);
+    QFETCH(int, resultEvent);
+    QFETCH(bool, ok);
+    const Run result = run(script + QStringLiteral("state\n"));
+    QCOMPARE(result.exitCode, 0);
+    for (const QString &name : present)
+        QVERIFY2(QFileInfo::exists(path(name)), qPrintable(name));
+    for (const QString &name : absent)
+        QVERIFY2(!QFileInfo::exists(path(name)), qPrintable(name));
+    const QJsonObject state = result.lastState();
+    const QJsonArray results = state.value(QStringLiteral("results")).toArray();
+    QCOMPARE(results.size(), 1);
+    QCOMPARE(results.at(0).toObject().value(QStringLiteral("event")).toInt(), resultEvent);
+    QCOMPARE(results.at(0).toObject().value(QStringLiteral("ok")).toBool(), ok);
+    // A failure is told in a dialog as well (recorded in automation mode).
+    QCOMPARE(state.value(QStringLiteral("dialogs")).toArray().isEmpty(), ok);
+    if (resultEvent == 1016)
+        QCOMPARE(find(state.value(QStringLiteral("opened")).toArray(), QStringLiteral("requested"),
+                     QStringLiteral("hosttest:///a.txt"))
+                     .value(QStringLiteral("url"))
+                     .toString(),
+            QUrl::fromLocalFile(path(QStringLiteral("root/a.txt"))).toString());
+}
+
+void HostScriptsTest::menusAreListedAndTriggered()
+{
+    const Run result = run(QStringLiteral(R"S(open hosttest:///
+wait-for loaded last
+menu item last a.txt
+menu-trigger item last a.txt copy
+menu-trigger blank last paste
+wait-for item last "a (1).txt"
+menu-trigger item last "a (1).txt" move-to-trash
+wait-for no-item last "a (1).txt"
+cd last computer:///
+menu entry last "Test Drive"
+menu-trigger entry last "Test Drive" hosttest-hello
+menu sidebar last hosttest:///
+menu-trigger sidebar last "Test Place (started)" hosttest-sidebar-action
+menu-trigger item last nothing copy
+)S"));
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains(QLatin1String("no item \"nothing\"")), qPrintable(result.errors));
+    QCOMPARE(result.lines.size(), 3);
+    auto ids = [](const QString &line) {
+        return values(QJsonDocument::fromJson(line.toUtf8()).object().value(QStringLiteral("menu")).toArray(),
+            QStringLiteral("id"));
+    };
+    QCOMPARE(ids(result.lines.at(0)),
+        (QStringList {QStringLiteral("open"), QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("rename"),
+            QStringLiteral("move-to-trash"), QStringLiteral("delete"), QStringLiteral("hosttest-info")}));
+    QCOMPARE(ids(result.lines.at(1)),
+        (QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab"),
+            QStringLiteral("hosttest-hello")}));
+    QCOMPARE(ids(result.lines.at(2)), QStringList {QStringLiteral("hosttest-sidebar-action")});
+    QVERIFY(QFileInfo::exists(path(QStringLiteral("home/.local/share/Trash/files/a (1).txt"))));
+    QVERIFY(QFileInfo::exists(path(QStringLiteral("root/a.txt"))));
+}
+
+void HostScriptsTest::topWidgetEmblemsAndSidebarInState()
+{
+    const Run result = run(QStringLiteral(R"S(open hosttest:///
+wait-for loaded last
+top-link last refresh
+cd last hosttest:///dir
+cd last hosttest:///
+wait-for loaded last
+state
+)S"));
+    QCOMPARE(result.exitCode, 0);
+    const QJsonObject state = result.lastState();
+    const QJsonObject tab = state.value(QStringLiteral("windows"))
+                                .toArray()
+                                .at(0)
+                                .toObject()
+                                .value(QStringLiteral("tabs"))
+                                .toArray()
+                                .at(0)
+                                .toObject();
+    QCOMPARE(tab.value(QStringLiteral("name")).toString(), QStringLiteral("Test Root"));
+    const QJsonObject top = tab.value(QStringLiteral("top")).toObject();
+    QCOMPARE(top.value(QStringLiteral("created")).toInt(), 1);
+    QCOMPARE(top.value(QStringLiteral("visible")).toBool(), true);
+    QCOMPARE(top.value(QStringLiteral("text")).toString(), QStringLiteral("Test banner #1 refresh done"));
+    QCOMPARE(top.value(QStringLiteral("icon")).toString(), QStringLiteral("dialog-information"));
+    const QJsonArray items = tab.value(QStringLiteral("view")).toObject().value(QStringLiteral("items")).toArray();
+    QCOMPARE(
+        find(items, QStringLiteral("name"), QStringLiteral("marked.txt")).value(QStringLiteral("emblems")).toArray(),
+        QJsonArray {QStringLiteral("emblem-important")});
+    QCOMPARE(find(items, QStringLiteral("name"), QStringLiteral("a.txt")).value(QStringLiteral("emblems")).toArray(),
+        QJsonArray());
+    const QJsonObject item
+        = find(state.value(QStringLiteral("sidebar")).toObject().value(QStringLiteral("items")).toArray(),
+            QStringLiteral("url"), QStringLiteral("hosttest:///"));
+    QCOMPARE(item.value(QStringLiteral("name")).toString(), QStringLiteral("Test Place (started)"));
+    QCOMPARE(find(state.value(QStringLiteral("plugins")).toArray(), QStringLiteral("name"),
+                 QStringLiteral("hfmplugin-hosttest"))
+                 .value(QStringLiteral("state"))
+                 .toInt(),
+        6);
+}
+
+void HostScriptsTest::customViewClickAndScreenshot()
+{
+    const QString shot = path(QStringLiteral("shot.png"));
+    const Run result = run(QStringLiteral(R"S(open hosttest-page:///
+click last "Press me"
+expect windows/0/tabs/0/view/texts/0 Pressed
+expect windows/0/titlebar/iconViewBtn false
+resize last 800 500
+screenshot last "%1"
+)S")
+                               .arg(shot));
+    QCOMPARE(result.exitCode, 0);
+    const QImage image(shot);
+    QCOMPARE(image.size(), QSize(800, 500));
+}
+
+QTEST_GUILESS_MAIN(HostScriptsTest)
+#include "tst_hostscripts.moc"

@@ -1,0 +1,416 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "hosttestplugin.h"
+
+#include "testscheme.h"
+
+#include <hfmbase/filemanagerwindowsmanager.h>
+#include <hfmbase/globaleventtype.h>
+#include <hfmbase/hostcallbacks.h>
+#include <hfmbase/infofactory.h>
+#include <hfmbase/urlroute.h>
+#include <hpf/event/event.h>
+#include <hpf/lifecycle.h>
+#include <hpf/listener.h>
+#include <htk/messagedialog.h>
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace hosttest {
+
+namespace {
+
+const QString kWorkspace = QStringLiteral("hfmplugin_workspace");
+const QString kComputer = QStringLiteral("hfmplugin_computer");
+const QString kSidebar = QStringLiteral("hfmplugin_sidebar");
+const QString kEmblem = QStringLiteral("hfmplugin_emblem");
+const QString kTitlebar = QStringLiteral("hfmplugin_titlebar");
+const QString kMenu = QStringLiteral("hfmplugin_menu");
+const QUrl kRoot(QStringLiteral("hosttest:///"));
+const QUrl kEntry(QStringLiteral("entry:///hosttest.hosttest"));
+
+HostTestPlugin *thePlugin = nullptr;
+
+void showDialog(const QString &title, const QString &message)
+{
+    htk::MessageDialog dialog;
+    dialog.setTitle(title);
+    dialog.setMessage(message);
+    dialog.addButton(QStringLiteral("Close"), true);
+    dialog.exec();
+}
+
+QAction *addAction(QMenu *menu, const QString &id, const QString &text)
+{
+    QAction *action = menu->addAction(text);
+    action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
+    return action;
+}
+
+}   // namespace
+
+void HostTestPlugin::initialize()
+{
+    thePlugin = this;
+    setProperty("vetoed", 0);
+    setProperty("redirected", 0);
+    setProperty("bannersCreated", 0);
+    setProperty("entered", QStringList());
+    qRegisterMetaType<hfmbase::TopWidCreator>("TopWidCreator");
+    qRegisterMetaType<hfmbase::TopWidShowFunc>("TopWidShowFunc");
+    qRegisterMetaType<hfmbase::SidebarMenuCreator>("SidebarMenuCreator");
+    qRegisterMetaType<hfmbase::FindMeCallback>("FindMeCallback");
+
+    hfmbase::UrlRoute::regScheme(QStringLiteral("hosttest"), QStringLiteral("/"),
+        QIcon::fromTheme(QStringLiteral("folder-remote")), true, QStringLiteral("Test Place"));
+    hfmbase::UrlRoute::regScheme(
+        QStringLiteral("hosttest-page"), QStringLiteral("/"), QIcon(), true, QStringLiteral("Test Page"));
+    hfmbase::InfoFactory::regClass<TestFileInfo>(QStringLiteral("hosttest"), hfmbase::InfoFactory::RegOption::kNoCache);
+    hfmbase::DirIteratorFactory::regClass<TestDirIterator>(QStringLiteral("hosttest"));
+    hfmbase::WatcherFactory::regClass<TestWatcher>(QStringLiteral("hosttest"));
+    hfmbase::ViewFactory::regClass<TestPageView>(QStringLiteral("hosttest-page"));
+    hfmbase::EntryEntityFactory::regClass<TestEntryEntity>(QStringLiteral("hosttest"));
+
+    auto *dispatcher = hpf::dispatcher();
+    dispatcher->installEventFilter(hfmbase::kChangeCurrentUrl, this, &HostTestPlugin::filterChangeUrl);
+    dispatcher->installEventFilter(hfmbase::kOpenNewWindow, this, &HostTestPlugin::filterNewWindow);
+    dispatcher->installEventFilter(hfmbase::kOpenNewTab, this, &HostTestPlugin::filterNewTab);
+    dispatcher->subscribe(hfmbase::kChangeCurrentUrl, this, &HostTestPlugin::onEntered);
+}
+
+bool HostTestPlugin::start()
+{
+    // The sidebar made our item from the metadata before anybody started.
+    const bool present
+        = hpf::channel()
+              ->push(kSidebar, QStringLiteral("slot_Item_Update"), kRoot,
+                  QVariantMap {{QStringLiteral("Property_Key_DisplayName"), QStringLiteral("Test Place (started)")}})
+              .toBool();
+    setProperty("sidebarItemBeforeStart", present);
+    whenStarted(QStringLiteral("hfmplugin-workspace"), [this] { registerWithWorkspace(); });
+    whenStarted(QStringLiteral("hfmplugin-computer"), [this] { registerWithComputer(); });
+    whenStarted(QStringLiteral("hfmplugin-sidebar"), [this] { registerWithSidebar(); });
+    whenStarted(QStringLiteral("hfmplugin-emblem"), [this] {
+        hpf::sequence()->follow(
+            kEmblem, QStringLiteral("hook_CustomEmblems_Fetch"), this, &HostTestPlugin::hookEmblems);
+    });
+    whenStarted(QStringLiteral("hfmplugin-titlebar"), [] {
+        const QVariantMap hidden {{QStringLiteral("Property_Key_HideIconViewBtn"), true},
+            {QStringLiteral("Property_Key_HideListViewBtn"), true},
+            {QStringLiteral("Property_Key_HideTreeViewBtn"), true},
+            {QStringLiteral("Property_Key_HideDetailSpaceBtn"), true}};
+        hpf::channel()->push(
+            kTitlebar, QStringLiteral("slot_Custom_Register"), QStringLiteral("hosttest-page"), hidden);
+    });
+    return present;
+}
+
+void HostTestPlugin::whenStarted(const QString &plugin, std::function<void()> func)
+{
+    const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(plugin);
+    if (meta && meta->pluginState() == hpf::PluginMetaObject::kStarted) {
+        func();
+        return;
+    }
+    connect(hpf::Listener::instance(), &hpf::Listener::pluginStarted, this,
+        [plugin, func](const QString &, const QString &name) {
+            if (name == plugin)
+                func();
+        });
+}
+
+void HostTestPlugin::registerWithWorkspace()
+{
+    auto *channel = hpf::channel();
+    QVariantMap top;
+    top.insert(QStringLiteral("Property_Key_Scheme"), QStringLiteral("hosttest"));
+    top.insert(QStringLiteral("Property_Key_KeepShow"), false);
+    top.insert(QStringLiteral("Property_Key_CreateTopWidgetCallback"),
+        QVariant::fromValue(hfmbase::TopWidCreator([this]() -> QWidget * {
+            const int number = property("bannersCreated").toInt() + 1;
+            setProperty("bannersCreated", number);
+            return new TestBanner(number);
+        })));
+    top.insert(QStringLiteral("Property_Key_ShowTopWidgetCallback"),
+        QVariant::fromValue(hfmbase::TopWidShowFunc([](QWidget *widget, const QUrl &url) {
+            return qobject_cast<TestBanner *>(widget) && !url.path().startsWith(QLatin1String("/no-banner"));
+        })));
+    channel->push(kWorkspace, QStringLiteral("slot_RegisterCustomTopWidget"), top);
+    channel->push(kWorkspace, QStringLiteral("slot_RegisterFileView"), QStringLiteral("hosttest"));
+    channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestFileMenu"),
+        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator<FileScene>));
+    channel->push(kWorkspace, QStringLiteral("slot_RegisterMenuScene"), QStringLiteral("hosttest"),
+        QStringLiteral("HostTestFileMenu"));
+    hpf::sequence()->follow(kWorkspace, QStringLiteral("hook_Tab_SetTabName"), this, &HostTestPlugin::hookTabName);
+}
+
+void HostTestPlugin::registerWithComputer()
+{
+    auto *channel = hpf::channel();
+    channel->push(kComputer, QStringLiteral("slot_Item_Add"), QStringLiteral("Test Group"), kEntry, 1, false);
+    channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestEntryMenu"),
+        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator<EntryScene>));
+    channel->push(kMenu, QStringLiteral("slot_MenuScene_Bind"), QStringLiteral("HostTestEntryMenu"),
+        QStringLiteral("ComputerMenu"));
+}
+
+void HostTestPlugin::registerWithSidebar()
+{
+    QVariantMap properties;
+    properties.insert(QStringLiteral("Property_Key_QtItemFlags"),
+        QVariant::fromValue(Qt::ItemFlags(Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemIsEnabled)));
+    properties.insert(QStringLiteral("Property_Key_Icon"), QIcon::fromTheme(QStringLiteral("folder-remote")));
+    properties.insert(QStringLiteral("Property_Key_CallbackContextMenu"),
+        QVariant::fromValue(hfmbase::SidebarMenuCreator([](quint64, const QUrl &, const QPoint &pos) {
+            QMenu menu;
+            addAction(&menu, QStringLiteral("hosttest-sidebar-action"), QStringLiteral("Sidebar action"));
+            if (menu.exec(pos))
+                showDialog(QStringLiteral("Sidebar action"), QStringLiteral("triggered"));
+        })));
+    properties.insert(QStringLiteral("Property_Key_CallbackFindMe"),
+        QVariant::fromValue(hfmbase::FindMeCallback([](const QUrl &, const QUrl &target) {
+            return target.scheme() == QLatin1String("hosttest") && target.path() == QLatin1String("/");
+        })));
+    hpf::channel()->push(kSidebar, QStringLiteral("slot_Item_Update"), kRoot, properties);
+}
+
+bool HostTestPlugin::veto(const QUrl &url)
+{
+    if (!url.path().contains(QLatin1String("forbidden")))
+        return false;
+    setProperty("vetoed", property("vetoed").toInt() + 1);
+    return true;
+}
+
+static QUrl redirected(const QUrl &url)
+{
+    if (url.scheme() != QLatin1String("hosttest-redirect"))
+        return QUrl();
+    QUrl target(url);
+    target.setScheme(QStringLiteral("hosttest"));
+    return target;
+}
+
+bool HostTestPlugin::filterChangeUrl(quint64 windowId, const QUrl &url)
+{
+    if (veto(url))
+        return true;
+    const QUrl target = redirected(url);
+    if (!target.isValid())
+        return false;
+    setProperty("redirected", property("redirected").toInt() + 1);
+    hpf::dispatcher()->publish(hfmbase::kChangeCurrentUrl, windowId, target);
+    return true;
+}
+
+bool HostTestPlugin::filterNewWindow(const QUrl &url)
+{
+    if (veto(url))
+        return true;
+    const QUrl target = redirected(url);
+    if (!target.isValid())
+        return false;
+    setProperty("redirected", property("redirected").toInt() + 1);
+    hpf::dispatcher()->publish(hfmbase::kOpenNewWindow, target);
+    return true;
+}
+
+bool HostTestPlugin::filterNewTab(quint64 windowId, const QUrl &url)
+{
+    if (veto(url))
+        return true;
+    const QUrl target = redirected(url);
+    if (!target.isValid())
+        return false;
+    setProperty("redirected", property("redirected").toInt() + 1);
+    hpf::dispatcher()->publish(hfmbase::kOpenNewTab, windowId, target);
+    return true;
+}
+
+void HostTestPlugin::onEntered(quint64, const QUrl &url)
+{
+    setProperty("entered", property("entered").toStringList() << url.toString());
+}
+
+bool HostTestPlugin::hookTabName(const QUrl &url, QString *name)
+{
+    if (url.scheme() != QLatin1String("hosttest") || url.path() != QLatin1String("/") || !name)
+        return false;
+    *name = QStringLiteral("Test Root");
+    return true;
+}
+
+bool HostTestPlugin::hookEmblems(const QUrl &url, QList<QIcon> *emblems)
+{
+    if (!emblems || url.scheme() != QLatin1String("hosttest") || !url.fileName().contains(QLatin1String("marked")))
+        return false;
+    emblems->append(QIcon::fromTheme(QStringLiteral("emblem-important")));
+    if (url.fileName().contains(QLatin1String("twice")))
+        emblems->append(QIcon::fromTheme(QStringLiteral("emblem-default")));
+    return true;
+}
+
+TestBanner::TestBanner(int number) : text(new QLabel(this))
+{
+    setProperty("iconName", QStringLiteral("dialog-information"));
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(10, 4, 10, 4);
+    text->setText(QStringLiteral("Test banner #%1 <a href=\"refresh\">Refresh</a>").arg(number));
+    layout->addWidget(text, 1);
+    setStyleSheet(QStringLiteral("background: #e8f0fe;"));
+    connect(text, &QLabel::linkActivated, this, [this, number](const QString &link) {
+        text->setText(QStringLiteral("Test banner #%1 %2 done").arg(number).arg(link));
+    });
+}
+
+TestPageView::TestPageView(const QUrl &url, QWidget *parent) : QWidget(parent), root(url), label(new QLabel(this))
+{
+    auto *layout = new QVBoxLayout(this);
+    label->setText(QStringLiteral("Welcome to the test page"));
+    auto *button = new QPushButton(QStringLiteral("Press me"), this);
+    connect(button, &QPushButton::clicked, this, [this] { label->setText(QStringLiteral("Pressed")); });
+    layout->addStretch(1);
+    layout->addWidget(label, 0, Qt::AlignCenter);
+    layout->addWidget(button, 0, Qt::AlignCenter);
+    layout->addStretch(1);
+}
+
+QWidget *TestPageView::widget() const
+{
+    return const_cast<TestPageView *>(this);
+}
+
+QUrl TestPageView::rootUrl() const
+{
+    return root;
+}
+
+bool TestPageView::setRootUrl(const QUrl &url)
+{
+    root = url;
+    return true;
+}
+
+TestEntryEntity::TestEntryEntity(const QUrl &url) : AbstractEntryFileEntity(url) { }
+
+QString TestEntryEntity::displayName() const
+{
+    return QStringLiteral("Test Drive");
+}
+
+QIcon TestEntryEntity::icon() const
+{
+    return QIcon::fromTheme(QStringLiteral("folder-remote"));
+}
+
+bool TestEntryEntity::exists() const
+{
+    return true;
+}
+
+bool TestEntryEntity::showProgress() const
+{
+    return true;
+}
+
+bool TestEntryEntity::showTotalSize() const
+{
+    return true;
+}
+
+bool TestEntryEntity::showUsageSize() const
+{
+    return true;
+}
+
+int TestEntryEntity::order() const
+{
+    return 3;
+}
+
+qint64 TestEntryEntity::sizeTotal() const
+{
+    return 4096;
+}
+
+qint64 TestEntryEntity::sizeUsage() const
+{
+    return 1024;
+}
+
+QString TestEntryEntity::description() const
+{
+    return QStringLiteral("A place for tests");
+}
+
+QUrl TestEntryEntity::targetUrl() const
+{
+    return kRoot;
+}
+
+QString EntryScene::name() const
+{
+    return QStringLiteral("HostTestEntryMenu");
+}
+
+bool EntryScene::initialize(const QVariantHash &params)
+{
+    const QList<QUrl> selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
+    return selected.contains(kEntry);
+}
+
+bool EntryScene::create(QMenu *parent)
+{
+    predicateAction.insert(QStringLiteral("hosttest-hello"),
+        addAction(parent, QStringLiteral("hosttest-hello"), QStringLiteral("Say hello")));
+    return AbstractMenuScene::create(parent);
+}
+
+bool EntryScene::triggered(QAction *action)
+{
+    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != QLatin1String("hosttest-hello"))
+        return AbstractMenuScene::triggered(action);
+    showDialog(QStringLiteral("Hello"), QStringLiteral("from the test entry"));
+    return true;
+}
+
+QString FileScene::name() const
+{
+    return QStringLiteral("HostTestFileMenu");
+}
+
+bool FileScene::initialize(const QVariantHash &params)
+{
+    selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
+    auto *host = hpf::channel()
+                     ->push(kMenu, QStringLiteral("slot_MenuScene_CreateScene"), QStringLiteral("WorkspaceMenu"))
+                     .value<hfmbase::AbstractMenuScene *>();
+    if (host)
+        addSubscene(host);
+    return AbstractMenuScene::initialize(params);
+}
+
+bool FileScene::create(QMenu *parent)
+{
+    AbstractMenuScene::create(parent);
+    if (!selected.isEmpty())
+        predicateAction.insert(QStringLiteral("hosttest-info"),
+            addAction(parent, QStringLiteral("hosttest-info"), QStringLiteral("Test info")));
+    return true;
+}
+
+bool FileScene::triggered(QAction *action)
+{
+    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != QLatin1String("hosttest-info"))
+        return AbstractMenuScene::triggered(action);
+    QStringList names;
+    for (const QUrl &url : qAsConst(selected))
+        names.append(url.toString());
+    showDialog(QStringLiteral("Test info"), names.join(QLatin1Char(' ')));
+    return true;
+}
+
+}   // namespace hosttest

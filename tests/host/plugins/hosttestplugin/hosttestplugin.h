@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <hfmbase/abstractbaseview.h>
+#include <hfmbase/abstractentryfileentity.h>
+#include <hfmbase/abstractmenuscene.h>
+#include <hpf/plugin.h>
+
+#include <QIcon>
+#include <QLabel>
+#include <QUrl>
+#include <QWidget>
+
+namespace hosttest {
+
+// A plug-in for the host's tests. It uses only the public SDK, as a real
+// plug-in does: a "hosttest" scheme shown in the file view, a top widget, an
+// emblem, a tab name, a computer entry with its own menu, a sidebar item
+// from its metadata, a file menu, title-bar settings for "hosttest-page"
+// (a custom view) and navigation filters:
+//   a URL whose path contains "forbidden" is vetoed (events 1, 2, 3);
+//   "hosttest-redirect:///x" is redirected to "hosttest:///x".
+// What it saw is kept in dynamic properties: "sidebarItemBeforeStart",
+// "vetoed", "redirected", "entered", "bannersCreated".
+class HostTestPlugin : public hpf::Plugin
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "org.sablo.plugin.filemanager" FILE "hosttest.json")
+    Q_INTERFACES(hpf::Plugin)
+public:
+    void initialize() override;
+    bool start() override;
+
+    bool filterChangeUrl(quint64 windowId, const QUrl &url);
+    bool filterNewWindow(const QUrl &url);
+    bool filterNewTab(quint64 windowId, const QUrl &url);
+    void onEntered(quint64 windowId, const QUrl &url);
+    bool hookTabName(const QUrl &url, QString *name);
+    bool hookEmblems(const QUrl &url, QList<QIcon> *emblems);
+
+private:
+    void whenStarted(const QString &plugin, std::function<void()> func);
+    bool veto(const QUrl &url);
+    void registerWithWorkspace();
+    void registerWithComputer();
+    void registerWithSidebar();
+};
+
+// The strip above the file view of "hosttest": "Test banner #N" and a link.
+class TestBanner : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit TestBanner(int number);
+    QLabel *text;
+};
+
+// The view of "hosttest-page": a label and a button.
+class TestPageView : public QWidget, public hfmbase::AbstractBaseView
+{
+    Q_OBJECT
+public:
+    TestPageView(const QUrl &url, QWidget *parent = nullptr);
+    QWidget *widget() const override;
+    QUrl rootUrl() const override;
+    bool setRootUrl(const QUrl &url) override;
+
+private:
+    QUrl root;
+    QLabel *label;
+};
+
+class TestEntryEntity : public hfmbase::AbstractEntryFileEntity
+{
+    Q_OBJECT
+public:
+    explicit TestEntryEntity(const QUrl &url);
+    QString displayName() const override;
+    QIcon icon() const override;
+    bool exists() const override;
+    bool showProgress() const override;
+    bool showTotalSize() const override;
+    bool showUsageSize() const override;
+    int order() const override;
+    qint64 sizeTotal() const override;
+    qint64 sizeUsage() const override;
+    QString description() const override;
+    QUrl targetUrl() const override;
+};
+
+// Bound under "ComputerMenu": one action, "hosttest-hello", that shows a dialog.
+class EntryScene : public hfmbase::AbstractMenuScene
+{
+    Q_OBJECT
+public:
+    QString name() const override;
+    bool initialize(const QVariantHash &params) override;
+    bool create(QMenu *parent) override;
+    bool triggered(QAction *action) override;
+};
+
+// The file menu of "hosttest": the host's "WorkspaceMenu" plus "hosttest-info".
+class FileScene : public hfmbase::AbstractMenuScene
+{
+    Q_OBJECT
+public:
+    QString name() const override;
+    bool initialize(const QVariantHash &params) override;
+    bool create(QMenu *parent) override;
+    bool triggered(QAction *action) override;
+
+private:
+    QList<QUrl> selected;
+};
+
+template <class Scene> class SceneCreator : public hfmbase::AbstractSceneCreator
+{
+public:
+    hfmbase::AbstractMenuScene *create() override { return new Scene; }
+};
+
+}   // namespace hosttest

@@ -1,0 +1,576 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The host's six plug-ins loaded in-process with a test plug-in that uses
+// only the public SDK: navigation filters, top widgets, listing of a plug-in
+// scheme with emblems, live updates, menus, the computer entry, the sidebar
+// item from metadata and a custom view with its title-bar settings.
+#include "automation/jsonpath.h"
+#include "automation/menuinterceptor.h"
+#include "automation/statecollector.h"
+#include "core/fileoperations.h"
+#include "core/hoststartup.h"
+#include "core/operationlog.h"
+
+#include <hfmbase/filemanagerwindow.h>
+#include <hfmbase/filemanagerwindowsmanager.h>
+#include <hfmbase/globaleventtype.h>
+#include <hostcommon/hostkeys.h>
+#include <hostcommon/hostmetatypes.h>
+#include <hostcommon/navigation.h>
+#include <hpf/event/event.h>
+#include <hpf/lifecycle.h>
+#include <hpf/plugin.h>
+#include <htk/messagedialog.h>
+
+#include <QAbstractItemView>
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace hdehost;
+
+namespace {
+
+QJsonValue at(const QJsonValue &root, const QString &path)
+{
+    QJsonValue value;
+    QString error;
+    if (!hdeapp::evaluateJsonPath(root, path, &value, &error))
+        return QJsonValue(QJsonValue::Undefined);
+    return value;
+}
+
+QStringList names(const QJsonValue &items)
+{
+    QStringList list;
+    const QJsonArray array = items.toArray();
+    for (const QJsonValue &item : array)
+        list.append(item.toObject().value(QStringLiteral("name")).toString());
+    return list;
+}
+
+QStringList strings(const QJsonValue &value)
+{
+    QStringList list;
+    const QJsonArray array = value.toArray();
+    for (const QJsonValue &item : array)
+        list.append(item.isObject() ? item.toObject().value(QStringLiteral("id")).toString() : item.toString());
+    return list;
+}
+
+// The offscreen platform warns about window features it lacks; those lines
+// say nothing about the host.
+QtMessageHandler previousHandler = nullptr;
+void quietPlatform(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (message.startsWith(QLatin1String("This plugin does not support")))
+        return;
+    previousHandler(type, context, message);
+}
+
+void writeFile(const QString &path, const QByteArray &data = QByteArray("x"))
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(data);
+}
+
+bool invokeBool(const QString &inspector, const char *method, quint64 windowId, const QString &text)
+{
+    bool result = false;
+    QObject *object = hdeapp::hostInspector(inspector);
+    return object
+        && QMetaObject::invokeMethod(object, method, Qt::DirectConnection, Q_RETURN_ARG(bool, result),
+            Q_ARG(quint64, windowId), Q_ARG(QString, text))
+        && result;
+}
+
+}   // namespace
+
+class HostPluginsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void cleanup();
+    void sidebarItemFromMetadataBeforeStart();
+    void navigationFilters_data();
+    void navigationFilters();
+    void topWidgetOncePerViewAndShownPerCallback();
+    void listingOfPluginSchemeWithEmblems_data();
+    void listingOfPluginSchemeWithEmblems();
+    void tabNamesAndEmptyTip();
+    void liveUpdatesRepaintAndRefresh();
+    void menusListedByActionId_data();
+    void menusListedByActionId();
+    void menuActionsTriggered();
+    void computerEntryOpensItsTarget();
+    void customViewAndTitleBarSettings();
+
+private:
+    QJsonObject state() const { return hdeapp::collectState(&log, operations); }
+    QJsonObject windowState(quint64 id) const;
+    QJsonObject currentTab(quint64 id) const;
+    quint64 openWindow(const QUrl &url);
+    bool waitLoaded(quint64 id);
+    QString rootPath() const { return root.path(); }
+    QUrl testUrl(const QString &path) const { return QUrl(QStringLiteral("hosttest://") + path); }
+
+    QTemporaryDir root;
+    hdeapp::OperationLog log;
+    hdeapp::FileOperations *operations = nullptr;
+    hdeapp::MenuInterceptor *menus = nullptr;
+    QObject *testPlugin = nullptr;
+};
+
+void HostPluginsTest::initTestCase()
+{
+    previousHandler = qInstallMessageHandler(quietPlatform);
+    QVERIFY(root.isValid());
+    qputenv("HOSTTEST_ROOT", root.path().toUtf8());
+    QVERIFY(QDir(rootPath()).mkpath(QStringLiteral("dir")));
+    QVERIFY(QDir(rootPath()).mkpath(QStringLiteral("empty")));
+    QVERIFY(QDir(rootPath()).mkpath(QStringLiteral("no-banner")));
+    writeFile(rootPath() + QStringLiteral("/a-plain.txt"));
+    writeFile(rootPath() + QStringLiteral("/b-marked.txt"));
+    writeFile(rootPath() + QStringLiteral("/c-marked-twice.txt"));
+    writeFile(rootPath() + QStringLiteral("/.dotfile"));
+    writeFile(rootPath() + QStringLiteral("/hidden-by-list.txt"));
+    writeFile(rootPath() + QStringLiteral("/.hidden"), "hidden-by-list.txt\n");
+    writeFile(rootPath() + QStringLiteral("/dir/inner.txt"));
+
+    registerHostMetaTypes();
+    hdeapp::chooseIconTheme();
+    htk::MessageDialog::setAutomationMode(true);
+    log.attach();
+    operations = new hdeapp::FileOperations(&log, this);
+    operations->attach();
+    operations->setRecordOnly(true);
+    menus = new hdeapp::MenuInterceptor(this);
+
+    hpf::LifeCycle::setPluginPaths({QStringLiteral(HOST_PLUGIN_DIR), QStringLiteral(HOSTTEST_PLUGIN_DIR)});
+    hpf::LifeCycle::setBlackList({QStringLiteral("hfmplugin-nubix")});
+    QVERIFY(hpf::LifeCycle::readPlugins());
+    hpf::LifeCycle::loadPlugins();
+    const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(QStringLiteral("hfmplugin-hosttest"));
+    QVERIFY(meta);
+    testPlugin = meta->plugin();
+    QVERIFY(testPlugin);
+    for (const QString &name : {QStringLiteral("hfmplugin-workspace"), QStringLiteral("hfmplugin-computer"),
+             QStringLiteral("hfmplugin-sidebar"), QStringLiteral("hfmplugin-emblem"),
+             QStringLiteral("hfmplugin-titlebar"), QStringLiteral("hfmplugin-menu")}) {
+        const hpf::PluginMetaObjectPointer host = hpf::LifeCycle::pluginMetaObj(name);
+        QVERIFY2(host && host->pluginState() == hpf::PluginMetaObject::kStarted, qPrintable(name));
+    }
+}
+
+void HostPluginsTest::cleanup()
+{
+    auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    const QList<quint64> ids = windows.windowIdList();
+    for (quint64 id : ids)
+        windows.findWindowById(id)->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    htk::MessageDialog::clearRecordedDialogs();
+    QTRY_COMPARE(operations->runningJobs(), 0);
+}
+
+void HostPluginsTest::cleanupTestCase()
+{
+    cleanup();
+}
+
+QJsonObject HostPluginsTest::windowState(quint64 id) const
+{
+    return at(state(), QStringLiteral("windows/id=%1").arg(id)).toObject();
+}
+
+QJsonObject HostPluginsTest::currentTab(quint64 id) const
+{
+    return at(windowState(id), QStringLiteral("tabs/current=true")).toObject();
+}
+
+quint64 HostPluginsTest::openWindow(const QUrl &url)
+{
+    auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    const QList<quint64> before = windows.windowIdList();
+    requestNewWindow(url);
+    const QList<quint64> after = windows.windowIdList();
+    for (quint64 id : after) {
+        if (!before.contains(id))
+            return id;
+    }
+    return 0;
+}
+
+bool HostPluginsTest::waitLoaded(quint64 id)
+{
+    QObject *inspector = hdeapp::hostInspector(Inspector::kWorkspace);
+    return QTest::qWaitFor([&] {
+        bool loaded = false;
+        QMetaObject::invokeMethod(
+            inspector, "isLoaded", Qt::DirectConnection, Q_RETURN_ARG(bool, loaded), Q_ARG(quint64, id));
+        return loaded;
+    });
+}
+
+void HostPluginsTest::sidebarItemFromMetadataBeforeStart()
+{
+    // The test plug-in's start() updated the item and would have failed
+    // without it.
+    QCOMPARE(testPlugin->property("sidebarItemBeforeStart").toBool(), true);
+    const QJsonObject item = at(state(), QStringLiteral("sidebar/items/[url=hosttest:///]")).toObject();
+    QCOMPARE(item.value(QStringLiteral("name")).toString(), QStringLiteral("Test Place (started)"));
+    QCOMPARE(item.value(QStringLiteral("reportName")).toString(), QStringLiteral("TestPlace"));
+    QCOMPARE(item.value(QStringLiteral("visibleControl")).toString(), QStringLiteral("hosttest"));
+    QCOMPARE(item.value(QStringLiteral("group")).toString(), QStringLiteral("Group_Common"));
+    QCOMPARE(item.value(QStringLiteral("plugin")).toString(), QStringLiteral("hfmplugin-hosttest"));
+    QCOMPARE(item.value(QStringLiteral("customMenu")).toBool(), true);
+    // The two malformed entries of the same metadata made no item.
+    QCOMPARE(at(state(), QStringLiteral("sidebar/items/[plugin=hfmplugin-hosttest]/#")).isUndefined(), false);
+    int fromPlugin = 0;
+    const QJsonArray items = at(state(), QStringLiteral("sidebar/items")).toArray();
+    for (const QJsonValue &entry : items)
+        fromPlugin
+            += entry.toObject().value(QStringLiteral("plugin")).toString() == QLatin1String("hfmplugin-hosttest");
+    QCOMPARE(fromPlugin, 1);
+
+    // Its find-me callback highlights it on the scheme's root only.
+    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    QVERIFY(id);
+    QCOMPARE(at(windowState(id), QStringLiteral("sidebar/highlighted")).toString(), QStringLiteral("hosttest:///"));
+    requestChangeUrl(id, testUrl(QStringLiteral("/dir")));
+    QCOMPARE(at(windowState(id), QStringLiteral("sidebar/highlighted")).toString(), QString());
+}
+
+void HostPluginsTest::navigationFilters_data()
+{
+    QTest::addColumn<int>("event");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<int>("newWindows");
+    QTest::addColumn<int>("newTabs");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<int>("vetoes");
+    QTest::addColumn<int>("redirects");
+    QTest::addColumn<QString>("announced");
+
+    QTest::newRow("change directory passes")
+        << 1 << "hosttest:///dir" << 0 << 0 << "hosttest:///dir" << 0 << 0 << "hosttest:///dir";
+    QTest::newRow("change directory vetoed")
+        << 1 << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0 << "hosttest:///";
+    QTest::newRow("change directory redirected")
+        << 1 << "hosttest-redirect:///dir" << 0 << 0 << "hosttest:///dir" << 0 << 1 << "hosttest:///dir";
+    QTest::newRow("new tab passes") << 3 << "hosttest:///dir" << 0 << 1 << "hosttest:///dir" << 0 << 0
+                                    << "hosttest:///dir";
+    QTest::newRow("new tab vetoed") << 3 << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0
+                                    << "hosttest:///";
+    QTest::newRow("new tab redirected") << 3 << "hosttest-redirect:///dir" << 0 << 1 << "hosttest:///dir" << 0 << 1
+                                        << "hosttest:///dir";
+    QTest::newRow("new window passes") << 2 << "hosttest:///dir" << 1 << 0 << "hosttest:///dir" << 0 << 0
+                                       << "hosttest:///dir";
+    QTest::newRow("new window vetoed") << 2 << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0
+                                       << "hosttest:///";
+    QTest::newRow("new window redirected")
+        << 2 << "hosttest-redirect:///dir" << 1 << 0 << "hosttest:///dir" << 0 << 1 << "hosttest:///dir";
+    QTest::newRow("no view for the scheme")
+        << 1 << "nosuchscheme:///x" << 0 << 0 << "hosttest:///" << 0 << 0 << "nosuchscheme:///x";
+}
+
+void HostPluginsTest::navigationFilters()
+{
+    QFETCH(int, event);
+    QFETCH(QString, target);
+    QFETCH(int, newWindows);
+    QFETCH(int, newTabs);
+    QFETCH(QString, shown);
+    QFETCH(int, vetoes);
+    QFETCH(int, redirects);
+    QFETCH(QString, announced);
+
+    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    QVERIFY(id);
+    const int vetoedBefore = testPlugin->property("vetoed").toInt();
+    const int redirectedBefore = testPlugin->property("redirected").toInt();
+    auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    const QList<quint64> before = windows.windowIdList();
+
+    const QUrl url(target);
+    if (event == hfmbase::kChangeCurrentUrl)
+        requestChangeUrl(id, url);
+    else if (event == hfmbase::kOpenNewTab)
+        requestNewTab(id, url);
+    else
+        requestNewWindow(url);
+
+    QCOMPARE(windows.windowIdList().size() - before.size(), newWindows);
+    QCOMPARE(windowState(id).value(QStringLiteral("tabs")).toArray().size(), 1 + newTabs);
+    const quint64 showing = newWindows ? windows.windowIdList().last() : id;
+    QCOMPARE(windows.findWindowById(showing)->currentUrl().toString(), shown);
+    QCOMPARE(currentTab(showing).value(QStringLiteral("url")).toString(), shown);
+    QCOMPARE(testPlugin->property("vetoed").toInt() - vetoedBefore, vetoes);
+    QCOMPARE(testPlugin->property("redirected").toInt() - redirectedBefore, redirects);
+    // Event 1 announced every directory a view was asked to show, and only
+    // those that no filter stopped.
+    QCOMPARE(testPlugin->property("entered").toStringList().last(), announced);
+}
+
+void HostPluginsTest::topWidgetOncePerViewAndShownPerCallback()
+{
+    const int createdBefore = testPlugin->property("bannersCreated").toInt();
+    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    QVERIFY(id);
+    auto topOf = [this, id] { return currentTab(id).value(QStringLiteral("top")).toObject(); };
+    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
+    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), true);
+    QCOMPARE(topOf().value(QStringLiteral("icon")).toString(), QStringLiteral("dialog-information"));
+    QCOMPARE(strings(topOf().value(QStringLiteral("links"))), QStringList {QStringLiteral("refresh")});
+
+    for (const QString &path : {QStringLiteral("/dir"), QStringLiteral("/"), QStringLiteral("/dir")})
+        requestChangeUrl(id, testUrl(path));
+    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
+    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), true);
+
+    requestChangeUrl(id, testUrl(QStringLiteral("/no-banner")));
+    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), false);
+
+    // Another scheme has no top widget; coming back reuses the first one.
+    requestChangeUrl(id, QUrl::fromLocalFile(rootPath()));
+    QVERIFY(currentTab(id).value(QStringLiteral("top")).isNull());
+    requestChangeUrl(id, testUrl(QStringLiteral("/")));
+    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
+    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), true);
+    QCOMPARE(testPlugin->property("bannersCreated").toInt() - createdBefore, 1);
+
+    QVERIFY(invokeBool(Inspector::kWorkspace, "activateTopLink", id, QStringLiteral("refresh")));
+    QVERIFY(topOf().value(QStringLiteral("text")).toString().contains(QLatin1String("refresh done")));
+    QVERIFY(!invokeBool(Inspector::kWorkspace, "activateTopLink", id, QStringLiteral("no-such-link")));
+
+    // A new tab is a new view with a widget of its own.
+    requestNewTab(id, testUrl(QStringLiteral("/")));
+    QCOMPARE(windowState(id).value(QStringLiteral("currentTab")).toInt(), 1);
+    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
+    QCOMPARE(testPlugin->property("bannersCreated").toInt() - createdBefore, 2);
+}
+
+void HostPluginsTest::listingOfPluginSchemeWithEmblems_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("emblems");
+    QTest::newRow("no emblem") << "a-plain.txt" << QStringList();
+    QTest::newRow("one emblem") << "b-marked.txt" << QStringList {QStringLiteral("emblem-important")};
+    QTest::newRow("two emblems") << "c-marked-twice.txt"
+                                 << QStringList {QStringLiteral("emblem-important"), QStringLiteral("emblem-default")};
+    QTest::newRow("folder") << "dir" << QStringList();
+}
+
+void HostPluginsTest::listingOfPluginSchemeWithEmblems()
+{
+    QFETCH(QString, name);
+    QFETCH(QStringList, emblems);
+    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    QVERIFY(waitLoaded(id));
+    const QJsonValue items = at(currentTab(id), QStringLiteral("view/items"));
+    // Folders first; dot files and names in ".hidden" stay out.
+    QCOMPARE(names(items),
+        (QStringList {QStringLiteral("dir"), QStringLiteral("empty"), QStringLiteral("no-banner"),
+            QStringLiteral("a-plain.txt"), QStringLiteral("b-marked.txt"), QStringLiteral("c-marked-twice.txt")}));
+    const QJsonObject item = at(items, QStringLiteral("name=") + name).toObject();
+    QCOMPARE(item.value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///") + name);
+    QCOMPARE(strings(item.value(QStringLiteral("emblems"))), emblems);
+}
+
+void HostPluginsTest::tabNamesAndEmptyTip()
+{
+    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Test Root"));
+    requestChangeUrl(id, testUrl(QStringLiteral("/dir")));
+    QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("dir"));
+    QCOMPARE(hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->windowTitle(), QStringLiteral("dir"));
+    requestChangeUrl(id, testUrl(QStringLiteral("/empty")));
+    QVERIFY(waitLoaded(id));
+    QCOMPARE(at(currentTab(id), QStringLiteral("view/tip")).toString(), QStringLiteral("Nothing in the test place"));
+    QCOMPARE(at(currentTab(id), QStringLiteral("view/items/#")).toInt(), 0);
+}
+
+void HostPluginsTest::liveUpdatesRepaintAndRefresh()
+{
+    const quint64 id = openWindow(testUrl(QStringLiteral("/dir")));
+    QVERIFY(waitLoaded(id));
+    auto itemNames = [this, id] { return names(at(currentTab(id), QStringLiteral("view/items"))); };
+    QCOMPARE(itemNames(), QStringList {QStringLiteral("inner.txt")});
+
+    writeFile(rootPath() + QStringLiteral("/dir/arrived.txt"));
+    QTRY_COMPARE(itemNames(), (QStringList {QStringLiteral("arrived.txt"), QStringLiteral("inner.txt")}));
+    QVERIFY(QFile::remove(rootPath() + QStringLiteral("/dir/arrived.txt")));
+    QTRY_COMPARE(itemNames(), QStringList {QStringLiteral("inner.txt")});
+
+    auto *view = hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->findChild<QAbstractItemView *>(
+        QStringLiteral("icon-view"));
+    QVERIFY(view);
+    QSignalSpy repaint(view->model(), &QAbstractItemModel::dataChanged);
+    hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl(QStringLiteral("/dir/inner.txt")));
+    QCOMPARE(repaint.count(), 1);
+    QCOMPARE(repaint.first().first().value<QModelIndex>().data().toString(), QStringLiteral("inner.txt"));
+    hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl(QStringLiteral("/dir/unknown.txt")));
+    QCOMPARE(repaint.count(), 1);
+
+    QSignalSpy reload(view->model(), &QAbstractItemModel::modelReset);
+    hpf::channel()->push(Space::kWorkspace, Topic::kRefreshDir, QList<QUrl> {testUrl(QStringLiteral("/elsewhere"))});
+    QCOMPARE(reload.count(), 0);
+    hpf::channel()->push(Space::kWorkspace, Topic::kRefreshDir, QList<QUrl> {testUrl(QStringLiteral("/dir/"))});
+    QCOMPARE(reload.count(), 1);
+    QVERIFY(waitLoaded(id));
+    QCOMPARE(itemNames(), QStringList {QStringLiteral("inner.txt")});
+}
+
+void HostPluginsTest::menusListedByActionId_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("inspector");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QStringList>("ids");
+
+    QTest::newRow("file of the plug-in scheme: host scene and the plug-in's")
+        << "hosttest:///" << Inspector::kWorkspace << "a-plain.txt"
+        << QStringList {QStringLiteral("open"), QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("rename"),
+               QStringLiteral("move-to-trash"), QStringLiteral("delete"), QStringLiteral("hosttest-info")};
+    QTest::newRow("folder of the plug-in scheme")
+        << "hosttest:///" << Inspector::kWorkspace << "dir"
+        << QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab"),
+               QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("rename"), QStringLiteral("move-to-trash"),
+               QStringLiteral("delete"), QStringLiteral("hosttest-info")};
+    QTest::newRow("empty area") << "hosttest:///" << Inspector::kWorkspace << ""
+                                << QStringList {QStringLiteral("new-folder"), QStringLiteral("new-document"),
+                                       QStringLiteral("paste")};
+    QTest::newRow("computer entry with a bound scene")
+        << "computer:///" << Inspector::kComputer << "Test Drive"
+        << QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab"),
+               QStringLiteral("hosttest-hello")};
+    QTest::newRow("host computer entry") << "computer:///" << Inspector::kComputer << "System Disk"
+                                         << QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"),
+                                                QStringLiteral("open-in-new-tab")};
+    QTest::newRow("sidebar item with its own menu") << "computer:///" << Inspector::kSidebar << "hosttest:///"
+                                                    << QStringList {QStringLiteral("hosttest-sidebar-action")};
+    QTest::newRow("host sidebar item") << "computer:///" << Inspector::kSidebar << "Computer"
+                                       << QStringList {
+                                              QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab")};
+}
+
+void HostPluginsTest::menusListedByActionId()
+{
+    QFETCH(QString, url);
+    QFETCH(QString, inspector);
+    QFETCH(QString, key);
+    QFETCH(QStringList, ids);
+    const quint64 id = openWindow(QUrl(url));
+    QVERIFY(waitLoaded(id));
+    menus->arm();
+    QVERIFY(invokeBool(inspector, "contextMenu", id, key));
+    QVERIFY(menus->menuSeen());
+    QStringList shown;
+    const QVariantList actions = menus->actions();
+    for (const QVariant &action : actions) {
+        if (action.toMap().value(QStringLiteral("visible")).toBool())
+            shown.append(action.toMap().value(QStringLiteral("id")).toString());
+    }
+    QCOMPARE(shown, ids);
+}
+
+void HostPluginsTest::menuActionsTriggered()
+{
+    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    QVERIFY(waitLoaded(id));
+    auto trigger = [this](const QString &inspector, quint64 window, const QString &key, const QString &action) {
+        menus->arm(action);
+        const bool shown = invokeBool(inspector, "contextMenu", window, key);
+        return shown && menus->menuSeen() && menus->error().isEmpty();
+    };
+
+    // The plug-in's own action in the file menu.
+    QVERIFY(trigger(Inspector::kWorkspace, id, QStringLiteral("a-plain.txt"), QStringLiteral("hosttest-info")));
+    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/title")).toString(), QStringLiteral("Test info"));
+    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/message")).toString(), QStringLiteral("hosttest:///a-plain.txt"));
+
+    // Copy then paste into the same folder: the copy gets a free name and
+    // the original stays as it was; both go through the redirected URLs.
+    QVERIFY(trigger(Inspector::kWorkspace, id, QStringLiteral("a-plain.txt"), QStringLiteral("copy")));
+    QVERIFY(trigger(Inspector::kWorkspace, id, QString(), QStringLiteral("paste")));
+    QTRY_VERIFY(QFile::exists(rootPath() + QStringLiteral("/a-plain (1).txt")));
+    QTRY_COMPARE(at(state(), QStringLiteral("results/[event=1007]/ok")).toBool(), true);
+    QTRY_VERIFY(names(at(currentTab(id), QStringLiteral("view/items"))).contains(QStringLiteral("a-plain (1).txt")));
+
+    QVERIFY(trigger(Inspector::kWorkspace, id, QString(), QStringLiteral("new-folder")));
+    QVERIFY(QFileInfo(rootPath() + QStringLiteral("/New Folder")).isDir());
+    QVERIFY(trigger(Inspector::kWorkspace, id, QString(), QStringLiteral("new-folder")));
+    QVERIFY(QFileInfo(rootPath() + QStringLiteral("/New Folder (1)")).isDir());
+
+    // A hidden or missing action is refused and nothing happens.
+    menus->arm(QStringLiteral("no-such-action"));
+    QVERIFY(invokeBool(Inspector::kWorkspace, "contextMenu", id, QStringLiteral("a-plain.txt")));
+    QVERIFY(!menus->error().isEmpty());
+
+    // Delete asks first (recorded in automation mode, answered "Delete").
+    QVERIFY(trigger(Inspector::kWorkspace, id, QStringLiteral("a-plain (1).txt"), QStringLiteral("delete")));
+    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/buttons/0")).toString(), QStringLiteral("Delete"));
+    QTRY_VERIFY(!QFile::exists(rootPath() + QStringLiteral("/a-plain (1).txt")));
+
+    // The sidebar item's own menu and the computer entry's bound scene.
+    QVERIFY(trigger(
+        Inspector::kSidebar, id, QStringLiteral("Test Place (started)"), QStringLiteral("hosttest-sidebar-action")));
+    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/title")).toString(), QStringLiteral("Sidebar action"));
+    requestChangeUrl(id, QUrl(QStringLiteral("computer:///")));
+    QVERIFY(trigger(Inspector::kComputer, id, QStringLiteral("Test Drive"), QStringLiteral("hosttest-hello")));
+    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/title")).toString(), QStringLiteral("Hello"));
+    QVERIFY(trigger(Inspector::kComputer, id, QStringLiteral("Test Drive"), QStringLiteral("open-in-new-tab")));
+    QCOMPARE(currentTab(id).value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///"));
+}
+
+void HostPluginsTest::computerEntryOpensItsTarget()
+{
+    const quint64 id = openWindow(QUrl(QStringLiteral("computer:///")));
+    const QJsonObject entry = at(state(), QStringLiteral("computer/groups/name=Test Group/entries/0")).toObject();
+    QCOMPARE(entry.value(QStringLiteral("name")).toString(), QStringLiteral("Test Drive"));
+    QCOMPARE(entry.value(QStringLiteral("description")).toString(), QStringLiteral("A place for tests"));
+    QCOMPARE(entry.value(QStringLiteral("icon")).toString(), QStringLiteral("folder-remote"));
+    QCOMPARE(entry.value(QStringLiteral("sizeTotal")).toInt(), 4096);
+    QCOMPARE(entry.value(QStringLiteral("sizeUsage")).toInt(), 1024);
+    QCOMPARE(entry.value(QStringLiteral("showProgress")).toBool(), true);
+    QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Computer"));
+    QCOMPARE(at(windowState(id), QStringLiteral("sidebar/highlighted")).toString(), QStringLiteral("computer:///"));
+
+    QVERIFY(invokeBool(Inspector::kWorkspace, "activate", id, QStringLiteral("Test Drive")));
+    QCOMPARE(windowState(id).value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///"));
+    QVERIFY(!invokeBool(Inspector::kWorkspace, "activate", id, QStringLiteral("No Such Entry")));
+}
+
+void HostPluginsTest::customViewAndTitleBarSettings()
+{
+    const quint64 id = openWindow(QUrl(QStringLiteral("hosttest-page:///")));
+    QVERIFY(id);
+    const QJsonObject view = at(currentTab(id), QStringLiteral("view")).toObject();
+    QCOMPARE(view.value(QStringLiteral("kind")).toString(), QStringLiteral("custom"));
+    QCOMPARE(view.value(QStringLiteral("class")).toString(), QStringLiteral("hosttest::TestPageView"));
+    QVERIFY(strings(view.value(QStringLiteral("texts"))).contains(QStringLiteral("Welcome to the test page")));
+    const QJsonObject bar = windowState(id).value(QStringLiteral("titlebar")).toObject();
+    QCOMPARE(bar.value(QStringLiteral("iconViewBtn")).toBool(), false);
+    QCOMPARE(bar.value(QStringLiteral("listViewBtn")).toBool(), false);
+    QCOMPARE(bar.value(QStringLiteral("detailSpaceBtn")).toBool(), false);
+    QCOMPARE(bar.value(QStringLiteral("address")).toString(), QStringLiteral("hosttest-page:///"));
+    QCOMPARE(at(state(), QStringLiteral("titlebar/schemes/hosttest-page/Property_Key_HideTreeViewBtn")).toBool(), true);
+
+    QVERIFY(invokeBool(Inspector::kWorkspace, "click", id, QStringLiteral("Press me")));
+    QVERIFY(strings(at(currentTab(id), QStringLiteral("view/texts"))).contains(QStringLiteral("Pressed")));
+
+    requestChangeUrl(id, testUrl(QStringLiteral("/")));
+    const QJsonObject back = windowState(id).value(QStringLiteral("titlebar")).toObject();
+    QCOMPARE(back.value(QStringLiteral("iconViewBtn")).toBool(), true);
+    QCOMPARE(back.value(QStringLiteral("listViewBtn")).toBool(), true);
+    QCOMPARE(back.value(QStringLiteral("address")).toString(), QStringLiteral("hosttest:///"));
+}
+
+QTEST_MAIN(HostPluginsTest)
+#include "tst_hostplugins.moc"

@@ -11,8 +11,9 @@ namespace {
 
 KeyedRegistry<ViewFactory::Creator> &registry()
 {
-    static KeyedRegistry<ViewFactory::Creator> r;
-    return r;
+    // Never destroyed: its creators may live in plug-ins unloaded before exit.
+    static auto *r = new KeyedRegistry<ViewFactory::Creator>;
+    return *r;
 }
 
 }   // namespace

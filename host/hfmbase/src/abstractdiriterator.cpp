@@ -51,8 +51,9 @@ public:
 
 IteratorRegistry &registry()
 {
-    static IteratorRegistry r;
-    return r;
+    // Never destroyed: its creators may live in plug-ins unloaded before exit.
+    static auto *r = new IteratorRegistry;
+    return *r;
 }
 
 }   // namespace

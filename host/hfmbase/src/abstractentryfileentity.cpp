@@ -52,8 +52,9 @@ namespace {
 
 KeyedRegistry<EntryEntityFactory::Creator> &registry()
 {
-    static KeyedRegistry<EntryEntityFactory::Creator> r;
-    return r;
+    // Never destroyed: its creators may live in plug-ins unloaded before exit.
+    static auto *r = new KeyedRegistry<EntryEntityFactory::Creator>;
+    return *r;
 }
 
 }   // namespace

@@ -81,8 +81,9 @@ public:
 
 WatcherRegistry &registry()
 {
-    static WatcherRegistry r;
-    return r;
+    // Never destroyed: its creators may live in plug-ins unloaded before exit.
+    static auto *r = new WatcherRegistry;
+    return *r;
 }
 
 QUrl watcherKey(const QUrl &url)
@@ -155,8 +156,9 @@ WatcherCache::~WatcherCache()
 
 WatcherCache &WatcherCache::instance()
 {
-    static WatcherCache cache;
-    return cache;
+    // Never destroyed, so that late users at exit still find it.
+    static auto *cache = new WatcherCache;
+    return *cache;
 }
 
 void WatcherCache::setCacheDisbale(const QString &scheme, bool disable)

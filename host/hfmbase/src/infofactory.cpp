@@ -35,8 +35,9 @@ public:
 
 InfoRegistry &registry()
 {
-    static InfoRegistry r;
-    return r;
+    // Never destroyed: its creators may live in plug-ins unloaded before exit.
+    static auto *r = new InfoRegistry;
+    return *r;
 }
 
 // Cache keys ignore a trailing slash: "file:///a/" and "file:///a" are one file.
@@ -134,8 +135,10 @@ InfoCache::~InfoCache()
 
 InfoCache &InfoCache::instance()
 {
-    static InfoCache cache;
-    return cache;
+    // Never destroyed: kept infos may be of classes from plug-ins unloaded
+    // before exit, and late users at exit still find it.
+    static auto *cache = new InfoCache;
+    return *cache;
 }
 
 void InfoCache::setCacheDisbale(const QString &scheme, bool disable)

@@ -59,8 +59,8 @@ public:
 
 RouteTable &table()
 {
-    static RouteTable t;
-    return t;
+    static auto *t = new RouteTable;   // outlives every late reader at exit
+    return *t;
 }
 
 }   // namespace

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <hfmbase/abstractfilewatcherprivate.h>
+#include <hfmbase/infofactory.h>
 
 #include <QtTest>
 
@@ -160,6 +161,23 @@ private Q_SLOTS:
         }
         if (expected == QStringLiteral("deleted ") + dir)
             QVERIFY(!watcher->isStarted());
+    }
+
+    void changeDropsTheCachedInfo()
+    {
+        // Whoever hears of a change must not be served the old status.
+        const QString dir = freshDir();
+        const QString path = dir + QStringLiteral("/kept.txt");
+        QVERIFY(writeFile(path, "1"));
+        auto kept = hfmbase::InfoFactory::create<hfmbase::FileInfo>(urlOf(path));
+        QCOMPARE(kept->size(), qint64(1));
+        auto watcher = WatcherFactory::create<AbstractFileWatcher>(urlOf(dir), false);
+        Recorder recorder(watcher.data());
+        QVERIFY(watcher->startWatcher());
+        QVERIFY(writeFile(path, "22", QIODevice::Append));
+        QTRY_VERIFY_WITH_TIMEOUT(recorder.lines.contains(QStringLiteral("changed ") + path), 1000);
+        QVERIFY(!hfmbase::InfoCache::instance().getCacheInfo(urlOf(path)));
+        QCOMPARE(hfmbase::InfoFactory::create<hfmbase::FileInfo>(urlOf(path))->size(), qint64(3));
     }
 
     void stoppedWatcherIsSilent()

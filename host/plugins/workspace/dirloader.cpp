@@ -167,7 +167,12 @@ void DirLoader::start(const QUrl &url, bool showHidden)
     job->generation = generation;
     job->loader = this;
     job->cancelled = cancelled;
-    job->relay = std::shared_ptr<Relay>(new Relay, [](Relay *relay) { relay->deleteLater(); });
+    // The relay goes by a queued call of its own, so after every call the
+    // job queued before; a plain deleteLater() could overtake them when
+    // someone flushes deferred deletions.
+    job->relay = std::shared_ptr<Relay>(new Relay, [](Relay *relay) {
+        QMetaObject::invokeMethod(relay, [relay] { relay->deleteLater(); }, Qt::QueuedConnection);
+    });
     job->setAutoDelete(true);
     listingPool()->start(job);
 }

@@ -142,7 +142,7 @@ bool WatcherFactory::isRegistered(const QString &scheme)
 // away with its last user.
 struct WatcherCache::Private
 {
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     QSet<QString> disabledSchemes;
     QHash<QUrl, QWeakPointer<AbstractFileWatcher>> watchers;
 };
@@ -163,7 +163,7 @@ WatcherCache &WatcherCache::instance()
 
 void WatcherCache::setCacheDisbale(const QString &scheme, bool disable)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     if (disable) {
         d->disabledSchemes.insert(scheme);
         for (auto it = d->watchers.begin(); it != d->watchers.end();) {
@@ -179,13 +179,13 @@ void WatcherCache::setCacheDisbale(const QString &scheme, bool disable)
 
 bool WatcherCache::cacheDisable(const QString &scheme) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     return d->disabledSchemes.contains(scheme);
 }
 
 AbstractFileWatcherPointer WatcherCache::getCacheWatcher(const QUrl &url) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     if (d->disabledSchemes.contains(url.scheme()))
         return {};
     return d->watchers.value(watcherKey(url)).toStrongRef();
@@ -195,7 +195,7 @@ void WatcherCache::cacheWatcher(const QUrl &url, const AbstractFileWatcherPointe
 {
     if (!url.isValid() || !watcher)
         return;
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     if (d->disabledSchemes.contains(url.scheme()))
         return;
     // Forget watchers nobody uses any more before adding one.
@@ -210,7 +210,7 @@ void WatcherCache::cacheWatcher(const QUrl &url, const AbstractFileWatcherPointe
 
 void WatcherCache::removeCacheWatcher(const QUrl &url)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     d->watchers.remove(watcherKey(url));
 }
 

@@ -121,7 +121,7 @@ FileInfoPointer createLocalEntryInfo(const QUrl &url, const QFileInfo &entry)
 
 struct InfoCache::Private
 {
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     QSet<QString> disabledSchemes;
     QHash<QUrl, FileInfoPointer> infos;
 };
@@ -143,7 +143,7 @@ InfoCache &InfoCache::instance()
 
 void InfoCache::setCacheDisbale(const QString &scheme, bool disable)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     if (disable) {
         d->disabledSchemes.insert(scheme);
         // Drop what was kept so far: nothing of the scheme is served any more.
@@ -160,13 +160,13 @@ void InfoCache::setCacheDisbale(const QString &scheme, bool disable)
 
 bool InfoCache::cacheDisable(const QString &scheme) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     return d->disabledSchemes.contains(scheme);
 }
 
 FileInfoPointer InfoCache::getCacheInfo(const QUrl &url) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     if (d->disabledSchemes.contains(url.scheme()))
         return {};
     return d->infos.value(cacheKey(url));
@@ -178,7 +178,7 @@ void InfoCache::cacheInfo(const QUrl &url, const FileInfoPointer &info)
         return;
     const QUrl key = cacheKey(url);
     FileInfoPointer replaced;   // destroyed after the lock is released
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     if (d->disabledSchemes.contains(url.scheme()))
         return;
     auto it = d->infos.find(key);
@@ -198,7 +198,7 @@ bool InfoCache::updateCacheInfo(const QUrl &url, const FileInfoPointer &info)
         return false;
     const QUrl key = cacheKey(url);
     FileInfoPointer replaced;   // destroyed after the lock is released
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     auto it = d->infos.find(key);
     if (it == d->infos.end())
         return false;
@@ -209,13 +209,13 @@ bool InfoCache::updateCacheInfo(const QUrl &url, const FileInfoPointer &info)
 
 void InfoCache::removeCacheInfo(const QUrl &url)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     d->infos.remove(cacheKey(url));
 }
 
 void InfoCache::clear()
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     d->infos.clear();
 }
 

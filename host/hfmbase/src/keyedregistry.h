@@ -4,8 +4,9 @@
 #include "hfmbaselog.h"
 
 #include <QHash>
-#include <QReadWriteLock>
 #include <QString>
+#include <mutex>
+#include <shared_mutex>
 
 namespace hfmbase {
 
@@ -22,7 +23,7 @@ public:
         if (key.isEmpty()) {
             error = QStringLiteral("cannot register an empty %1").arg(QLatin1String(what));
         } else {
-            QWriteLocker locker(&lock);
+            std::unique_lock<std::shared_mutex> locker(lock);
             if (!table.contains(key)) {
                 table.insert(key, std::move(value));
                 return true;
@@ -37,7 +38,7 @@ public:
 
     bool find(const QString &key, Value *out) const
     {
-        QReadLocker locker(&lock);
+        std::shared_lock<std::shared_mutex> locker(lock);
         auto it = table.constFind(key);
         if (it == table.constEnd())
             return false;
@@ -47,18 +48,18 @@ public:
 
     bool contains(const QString &key) const
     {
-        QReadLocker locker(&lock);
+        std::shared_lock<std::shared_mutex> locker(lock);
         return table.contains(key);
     }
 
     QStringList keys() const
     {
-        QReadLocker locker(&lock);
+        std::shared_lock<std::shared_mutex> locker(lock);
         return table.keys();
     }
 
 private:
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     QHash<QString, Value> table;
 };
 

@@ -26,7 +26,7 @@ LocalFileInfo::~LocalFileInfo() = default;
 
 QUrl LocalFileInfo::urlOf(FileUrlInfoType type) const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     switch (type) {
     case FileUrlInfoType::kParentUrl: {
         if (info.filePath().isEmpty() || info.isRoot())
@@ -42,13 +42,13 @@ QUrl LocalFileInfo::urlOf(FileUrlInfoType type) const
 
 bool LocalFileInfo::exists() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return !info.filePath().isEmpty() && info.exists();
 }
 
 void LocalFileInfo::refresh()
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     info.refresh();
     mimeKnown = false;
     mime = QMimeType();
@@ -58,122 +58,122 @@ void LocalFileInfo::refresh()
 
 QString LocalFileInfo::fileName() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.fileName();
 }
 
 QString LocalFileInfo::baseName() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.baseName();
 }
 
 QString LocalFileInfo::suffix() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.suffix();
 }
 
 QString LocalFileInfo::displayName() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     const QString name = info.fileName();
     return name.isEmpty() ? info.absoluteFilePath() : name;
 }
 
 QString LocalFileInfo::absoluteFilePath() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.filePath().isEmpty() ? QString() : info.absoluteFilePath();
 }
 
 QString LocalFileInfo::absolutePath() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.filePath().isEmpty() ? QString() : info.absolutePath();
 }
 
 qint64 LocalFileInfo::size() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.size();
 }
 
 QDateTime LocalFileInfo::lastModified() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.lastModified();
 }
 
 QDateTime LocalFileInfo::lastRead() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.lastRead();
 }
 
 QDateTime LocalFileInfo::birthTime() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.birthTime();
 }
 
 bool LocalFileInfo::isFile() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.isFile();
 }
 
 bool LocalFileInfo::isDir() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.isDir();
 }
 
 bool LocalFileInfo::isSymLink() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.isSymLink();
 }
 
 bool LocalFileInfo::isHidden() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return !info.filePath().isEmpty() && info.isHidden();
 }
 
 bool LocalFileInfo::isReadable() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.isReadable();
 }
 
 bool LocalFileInfo::isWritable() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.isWritable();
 }
 
 bool LocalFileInfo::isExecutable() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.isExecutable();
 }
 
 QFileDevice::Permissions LocalFileInfo::permissions() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.permissions();
 }
 
 QString LocalFileInfo::owner() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     return info.owner();
 }
 
 QMimeType LocalFileInfo::mimeType() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     if (!mimeKnown) {
         if (!info.filePath().isEmpty())
             mime = QMimeDatabase().mimeTypeForFile(info);
@@ -194,7 +194,7 @@ QString LocalFileInfo::fallbackIconName(const QFileInfo &info)
 QIcon LocalFileInfo::fileIcon() const
 {
     const QMimeType type = mimeType();
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     if (!iconKnown) {
         if (type.isValid() && QIcon::hasThemeIcon(type.iconName()))
             icon = QIcon::fromTheme(type.iconName());
@@ -209,7 +209,7 @@ QIcon LocalFileInfo::fileIcon() const
 
 int LocalFileInfo::countChildFile() const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     if (info.filePath().isEmpty() || !info.isDir())
         return -1;
     return QDir(info.absoluteFilePath())
@@ -226,7 +226,7 @@ bool LocalFileInfo::parentWritable() const
 
 bool LocalFileInfo::canAttributes(FileCanType type) const
 {
-    QMutexLocker locker(&mutex);
+    std::lock_guard<std::mutex> locker(mutex);
     if (info.filePath().isEmpty())
         return false;
     switch (type) {

@@ -4,7 +4,7 @@
 #include "hfmbase/fileinfo.h"
 
 #include <QFileInfo>
-#include <QMutex>
+#include <mutex>
 
 namespace hfmio {
 
@@ -59,7 +59,7 @@ public:
 private:
     bool parentWritable() const;
 
-    mutable QMutex mutex;
+    mutable std::mutex mutex;
     QFileInfo info;
     mutable QMimeType mime;
     mutable bool mimeKnown = false;

@@ -4,7 +4,8 @@
 #include "hfmbaselog.h"
 
 #include <QHash>
-#include <QReadWriteLock>
+#include <mutex>
+#include <shared_mutex>
 
 namespace hfmbase {
 
@@ -45,7 +46,7 @@ public:
 
     bool find(const QString &scheme, Route *out) const
     {
-        QReadLocker locker(&lock);
+        std::shared_lock<std::shared_mutex> locker(lock);
         auto it = routes.constFind(scheme);
         if (it == routes.constEnd())
             return false;
@@ -53,7 +54,7 @@ public:
         return true;
     }
 
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     QHash<QString, Route> routes;
 };
 
@@ -73,7 +74,7 @@ bool UrlRoute::regScheme(const QString &scheme, const QString &root, const QIcon
         error = QStringLiteral("cannot register an empty scheme");
     } else {
         RouteTable &t = table();
-        QWriteLocker locker(&t.lock);
+        std::unique_lock<std::shared_mutex> locker(t.lock);
         if (!t.routes.contains(scheme)) {
             t.routes.insert(scheme, Route {normalizedRoot(root), icon, isVirtual, displayName});
             return true;
@@ -88,13 +89,13 @@ bool UrlRoute::regScheme(const QString &scheme, const QString &root, const QIcon
 
 bool UrlRoute::hasScheme(const QString &scheme)
 {
-    QReadLocker locker(&table().lock);
+    std::shared_lock<std::shared_mutex> locker(table().lock);
     return table().routes.contains(scheme);
 }
 
 QStringList UrlRoute::schemes()
 {
-    QReadLocker locker(&table().lock);
+    std::shared_lock<std::shared_mutex> locker(table().lock);
     return table().routes.keys();
 }
 

@@ -5,13 +5,14 @@
 #include "eventhelper.h"
 
 #include <QHash>
-#include <QReadWriteLock>
+#include <mutex>
+#include <shared_mutex>
 
 namespace hpf {
 
 struct EventChannelManager::Private
 {
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     QHash<QString, QHash<QString, std::shared_ptr<const Invoker>>> spaces;
 };
 
@@ -27,14 +28,14 @@ bool EventChannelManager::connectInvoker(const QString &space, const QString &to
         return false;
     }
     auto shared = std::make_shared<const Invoker>(std::move(invoker));
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     d->spaces[space].insert(topic, std::move(shared));
     return true;
 }
 
 bool EventChannelManager::disconnect(const QString &space, const QString &topic)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     auto it = d->spaces.find(space);
     if (it == d->spaces.end())
         return false;
@@ -46,7 +47,7 @@ bool EventChannelManager::disconnect(const QString &space, const QString &topic)
 
 bool EventChannelManager::hasTopic(const QString &space, const QString &topic) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     const auto it = d->spaces.constFind(space);
     return it != d->spaces.cend() && it->contains(topic);
 }
@@ -58,7 +59,7 @@ QVariant EventChannelManager::pushList(const QString &space, const QString &topi
 
     std::shared_ptr<const Invoker> invoker;
     {
-        QReadLocker locker(&d->lock);
+        std::shared_lock<std::shared_mutex> locker(d->lock);
         const auto it = d->spaces.constFind(space);
         if (it == d->spaces.cend())
             return QVariant();

@@ -5,7 +5,8 @@
 #include "eventhelper.h"
 
 #include <QHash>
-#include <QReadWriteLock>
+#include <mutex>
+#include <shared_mutex>
 
 namespace hpf {
 
@@ -21,7 +22,7 @@ struct Dispatcher
 
 struct EventDispatcherManager::Private
 {
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     QHash<EventType, Dispatcher> table;
     internal::ReceiverList globalFilters;
 
@@ -34,14 +35,14 @@ struct EventDispatcherManager::Private
             return false;
         }
         internal::Receiver receiver {owner, std::make_shared<const Invoker>(std::move(invoker))};
-        QWriteLocker locker(&lock);
+        std::unique_lock<std::shared_mutex> locker(lock);
         (table[type].*list).append(std::move(receiver));
         return true;
     }
 
     bool remove(EventType type, const void *owner, internal::ReceiverList Dispatcher::*list)
     {
-        QWriteLocker locker(&lock);
+        std::unique_lock<std::shared_mutex> locker(lock);
         auto it = table.find(type);
         return it != table.end() && ((*it).*list).removeOwner(owner);
     }
@@ -68,7 +69,7 @@ bool EventDispatcherManager::installGlobalFilterInvoker(const void *owner, Invok
         return false;
     }
     internal::Receiver receiver {owner, std::make_shared<const Invoker>(std::move(invoker))};
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     d->globalFilters.append(std::move(receiver));
     return true;
 }
@@ -85,13 +86,13 @@ bool EventDispatcherManager::removeEventFilter(EventType type, const void *owner
 
 bool EventDispatcherManager::removeGlobalEventFilter(const void *owner)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     return d->globalFilters.removeOwner(owner);
 }
 
 bool EventDispatcherManager::hasDispatcher(EventType type) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     return d->table.contains(type);
 }
 
@@ -104,7 +105,7 @@ bool EventDispatcherManager::publishList(EventType type, const QVariantList &arg
     internal::Snapshot filters;
     internal::Snapshot listeners;
     {
-        QReadLocker locker(&d->lock);
+        std::shared_lock<std::shared_mutex> locker(d->lock);
         globals = d->globalFilters.snapshot();
         const auto it = d->table.constFind(type);
         if (it != d->table.cend()) {

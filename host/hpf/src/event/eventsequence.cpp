@@ -5,13 +5,14 @@
 #include "eventhelper.h"
 
 #include <QHash>
-#include <QReadWriteLock>
+#include <mutex>
+#include <shared_mutex>
 
 namespace hpf {
 
 struct EventSequenceManager::Private
 {
-    mutable QReadWriteLock lock;
+    mutable std::shared_mutex lock;
     // A declared hook has an entry, possibly with no followers yet.
     QHash<QString, QHash<QString, internal::ReceiverList>> spaces;
 };
@@ -27,7 +28,7 @@ bool EventSequenceManager::declare(const QString &space, const QString &hook)
                                     << internal::topicName(space, hook);
         return false;
     }
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     auto &hooks = d->spaces[space];
     if (!hooks.contains(hook))
         hooks.insert(hook, internal::ReceiverList());
@@ -36,7 +37,7 @@ bool EventSequenceManager::declare(const QString &space, const QString &hook)
 
 bool EventSequenceManager::isDeclared(const QString &space, const QString &hook) const
 {
-    QReadLocker locker(&d->lock);
+    std::shared_lock<std::shared_mutex> locker(d->lock);
     const auto it = d->spaces.constFind(space);
     return it != d->spaces.cend() && it->contains(hook);
 }
@@ -49,7 +50,7 @@ bool EventSequenceManager::followInvoker(const QString &space, const QString &ho
         return false;
     }
     internal::Receiver receiver {owner, std::make_shared<const Invoker>(std::move(invoker))};
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     auto it = d->spaces.find(space);
     if (it != d->spaces.end()) {
         auto followers = it->find(hook);
@@ -66,7 +67,7 @@ bool EventSequenceManager::followInvoker(const QString &space, const QString &ho
 
 bool EventSequenceManager::unfollow(const QString &space, const QString &hook, const void *owner)
 {
-    QWriteLocker locker(&d->lock);
+    std::unique_lock<std::shared_mutex> locker(d->lock);
     auto it = d->spaces.find(space);
     if (it == d->spaces.end())
         return false;
@@ -81,7 +82,7 @@ bool EventSequenceManager::runList(const QString &space, const QString &hook, co
 
     internal::Snapshot followers;
     {
-        QReadLocker locker(&d->lock);
+        std::shared_lock<std::shared_mutex> locker(d->lock);
         const auto it = d->spaces.constFind(space);
         if (it == d->spaces.cend())
             return false;

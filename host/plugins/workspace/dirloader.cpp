@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "dirloader.h"
+#include "workspacelog.h"
 
 #include <hfmbase/abstractdiriterator.h>
 #include <hfmbase/infofactory.h>
@@ -13,8 +14,6 @@
 #include <QThreadPool>
 
 #include <algorithm>
-
-Q_DECLARE_LOGGING_CATEGORY(logWorkspace)
 
 namespace hfmplugin_workspace {
 
@@ -171,7 +170,8 @@ void DirLoader::start(const QUrl &url, bool showHidden)
     // job queued before; a plain deleteLater() could overtake them when
     // someone flushes deferred deletions.
     job->relay = std::shared_ptr<Relay>(new Relay, [](Relay *relay) {
-        QMetaObject::invokeMethod(relay, [relay] { relay->deleteLater(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            relay, [relay] { relay->deleteLater(); }, Qt::QueuedConnection);
     });
     job->setAutoDelete(true);
     listingPool()->start(job);

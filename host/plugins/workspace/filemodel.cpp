@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "filemodel.h"
+#include "workspacelog.h"
 
 #include "dirloader.h"
 
@@ -10,8 +11,6 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
-
-Q_DECLARE_LOGGING_CATEGORY(logWorkspace)
 
 namespace hfmplugin_workspace {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fileview.h"
+#include "workspacelog.h"
 
 #include "filemodel.h"
 #include "fileviewdelegate.h"
@@ -26,8 +27,6 @@
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
-
-Q_DECLARE_LOGGING_CATEGORY(logWorkspace)
 
 namespace hfmplugin_workspace {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tabpage.h"
+#include "workspacelog.h"
 
 #include "fileview.h"
 #include "workspaceregistry.h"
@@ -11,8 +12,6 @@
 #include <QLoggingCategory>
 #include <QStackedWidget>
 #include <QVBoxLayout>
-
-Q_DECLARE_LOGGING_CATEGORY(logWorkspace)
 
 namespace hfmplugin_workspace {
 

@@ -4,6 +4,7 @@
 #include "filemodel.h"
 #include "fileview.h"
 #include "tabpage.h"
+#include "workspacelog.h"
 #include "workspaceregistry.h"
 #include "workspacewidget.h"
 
@@ -20,8 +21,6 @@
 #include <QCoreApplication>
 #include <QCursor>
 #include <QLoggingCategory>
-
-Q_LOGGING_CATEGORY(logWorkspace, "org.sablo.hde.filemanager.plugin.workspace")
 
 namespace hfmplugin_workspace {
 

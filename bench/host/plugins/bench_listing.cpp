@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Listing a 10,000-file folder into the workspace's file view (worker-thread
+// listing, batches to the GUI thread, model, icon view laid out up to the
+// last row) against the bare cost of the same listing: the iterator plus one
+// file info per entry, reading what the view reads. The view run also
+// reports the longest stall of the GUI thread's event loop while it lists
+// ("max_stall_ms"), seen by a 1 ms heartbeat timer.
+#include "filemodel.h"
+#include "fileview.h"
+#include "workspaceregistry.h"
+
+#include <hfmbase/abstractdiriterator.h>
+#include <hfmbase/infofactory.h>
+#include <hostcommon/hostmetatypes.h>
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+
+namespace {
+
+constexpr int kFiles = 10000;
+
+const QString &treePath()
+{
+    static QTemporaryDir dir;
+    static const bool filled = [] {
+        for (int i = 0; i < kFiles; ++i) {
+            QFile file(dir.filePath(QStringLiteral("file-%1.txt").arg(i, 5, 10, QLatin1Char('0'))));
+            if (!file.open(QIODevice::WriteOnly))
+                return false;
+            file.write(QByteArray(i % 97, 'x'));
+        }
+        return true;
+    }();
+    static const QString path = filled ? dir.path() : QString();
+    return path;
+}
+
+// Runs the event loop (sleeping while idle, as the application does) until
+// `done` holds.
+void runUntil(const std::function<bool()> &done)
+{
+    QEventLoop loop;
+    QTimer check;
+    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+        if (done())
+            loop.quit();
+    });
+    check.start(2);
+    loop.exec();
+}
+
+void bareIterationWithInfos(benchmark::State &state)
+{
+    const QUrl url = QUrl::fromLocalFile(treePath());
+    for (auto _ : state) {
+        hfmbase::InfoCache::instance().clear();
+        qint64 sum = 0;
+        const auto it = hfmbase::DirIteratorFactory::create(
+            url, QStringList(), QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+        while (it->hasNext()) {
+            it->next();
+            const hfmbase::FileInfoPointer info = it->fileInfo();
+            sum += info->displayName().size() + info->size() + info->isDir() + info->lastModified().isValid();
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
+void listingIntoModel(benchmark::State &state)
+{
+    const QUrl url = QUrl::fromLocalFile(treePath());
+    for (auto _ : state) {
+        hfmbase::InfoCache::instance().clear();
+        hfmplugin_workspace::FileModel model;
+        bool loaded = false;
+        QObject::connect(&model, &hfmplugin_workspace::FileModel::loadingFinished, [&loaded] { loaded = true; });
+        QElapsedTimer clock;
+        clock.start();
+        model.setRootUrl(url);
+        runUntil([&] { return loaded; });
+        state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+    }
+}
+
+void listingIntoView(benchmark::State &state)
+{
+    const QUrl url = QUrl::fromLocalFile(treePath());
+    hfmplugin_workspace::WorkspaceRegistry registry;
+    double maxStallMs = 0;
+    for (auto _ : state) {
+        hfmbase::InfoCache::instance().clear();
+        hfmplugin_workspace::FileView view(&registry);
+        view.resize(1000, 700);
+        view.show();
+        QCoreApplication::processEvents();
+
+        QElapsedTimer heartbeat;
+        qint64 longest = 0;
+        QTimer beat;
+        beat.setInterval(1);
+        QObject::connect(&beat, &QTimer::timeout, [&] {
+            longest = qMax(longest, heartbeat.nsecsElapsed());
+            heartbeat.restart();
+        });
+        bool loaded = false;
+        QObject::connect(&view, &hfmplugin_workspace::FileView::loadFinished, [&loaded] { loaded = true; });
+
+        QElapsedTimer clock;
+        clock.start();
+        heartbeat.start();
+        beat.start();
+        view.setRootUrl(url);
+        QAbstractItemView *items = view.currentView();
+        // Listed, sorted and laid out up to the last row.
+        runUntil([&] {
+            return loaded && view.fileModel()->rowCount() == kFiles
+                && items->visualRect(view.fileModel()->index(kFiles - 1, 0)).isValid();
+        });
+        state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+        beat.stop();
+        maxStallMs = qMax(maxStallMs, double(longest) / 1e6);
+    }
+    state.counters["max_stall_ms"] = maxStallMs;
+}
+
+}   // namespace
+
+BENCHMARK(bareIterationWithInfos)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
+BENCHMARK(listingIntoModel)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
+BENCHMARK(listingIntoView)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    hdehost::registerHostMetaTypes();
+    if (treePath().isEmpty())
+        return 1;
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

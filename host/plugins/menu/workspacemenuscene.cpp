@@ -192,7 +192,7 @@ void WorkspaceMenuScene::deleteSelection()
     dialog.setTitle(tr("Delete permanently?"));
     dialog.setMessage(selected.size() == 1
             ? tr("\"%1\" will be deleted and cannot be restored.").arg(defaultTabName(selected.first()))
-            : tr("%n items will be deleted and cannot be restored.", nullptr, selected.size()));
+            : tr("%1 items will be deleted and cannot be restored.").arg(selected.size()));
     dialog.addButton(tr("Delete"), true, htk::MessageDialog::ButtonWarning);
     dialog.addButton(tr("Cancel"));
     if (dialog.exec() != 0)

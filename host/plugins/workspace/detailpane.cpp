@@ -62,7 +62,8 @@ void DetailPane::showUrl(const QUrl &newUrl)
     icon->setPixmap(info->fileIcon().pixmap(96, 96));
     name->setText(info->displayName().isEmpty() ? hdehost::defaultTabName(url) : info->displayName());
     type->setText(info->isDir() ? tr("Folder") : info->mimeType().comment());
-    size->setText(info->isDir() ? tr("%n item(s)", nullptr, qMax(0, info->countChildFile()))
+    const int children = qMax(0, info->countChildFile());
+    size->setText(info->isDir() ? (children == 1 ? tr("1 item") : tr("%1 items").arg(children))
                                 : QLocale().formattedDataSize(info->size()));
     modified->setText(QLocale().toString(info->lastModified(), QLocale::ShortFormat));
     location->setText(hdehost::urlDisplayText(hdehost::parentUrl(url)));

@@ -74,9 +74,16 @@ FileView::FileView(WorkspaceRegistry *registry, QWidget *parent)
         updateTip();
         Q_EMIT loadFinished();
     });
-    connect(model, &QAbstractItemModel::rowsInserted, this, &FileView::updateTip);
-    connect(model, &QAbstractItemModel::rowsRemoved, this, &FileView::updateTip);
-    connect(model, &QAbstractItemModel::modelReset, this, &FileView::updateTip);
+    for (auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
+        connect(model, signal, this, [this] {
+            updateTip();
+            Q_EMIT itemCountChanged();
+        });
+    }
+    connect(model, &QAbstractItemModel::modelReset, this, [this] {
+        updateTip();
+        Q_EMIT itemCountChanged();
+    });
     connect(model, &FileModel::renameRequested, this, &FileView::onRenameRequested);
 
     auto addShortcut = [this](const QKeySequence &keys, std::function<void()> slot) {

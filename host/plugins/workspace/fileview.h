@@ -54,6 +54,7 @@ public:
 Q_SIGNALS:
     void loadFinished();
     void selectionChanged();
+    void itemCountChanged();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

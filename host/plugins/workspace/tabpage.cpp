@@ -72,6 +72,7 @@ bool TabPage::showInFileView(const QUrl &url)
         files->setViewMode(mode);
         connect(files, &FileView::loadFinished, this, &TabPage::loadFinished);
         connect(files, &FileView::selectionChanged, this, &TabPage::selectionChanged);
+        connect(files, &FileView::itemCountChanged, this, &TabPage::itemCountChanged);
         stack->addWidget(files);
     }
     files->setRootUrl(url);

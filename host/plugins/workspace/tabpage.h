@@ -56,6 +56,7 @@ Q_SIGNALS:
     void urlChanged(const QUrl &url);
     void loadFinished();
     void selectionChanged();
+    void itemCountChanged();
 
 private:
     bool showInFileView(const QUrl &url);

@@ -10,7 +10,10 @@
 #include <hostcommon/urlhelpers.h>
 #include <hpf/event/event.h>
 
+#include "filemodel.h"
+
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QVBoxLayout>
@@ -25,7 +28,8 @@ WorkspaceWidget::WorkspaceWidget(quint64 windowId, WorkspaceRegistry *registry, 
       registry(registry),
       tabBar(new QTabBar(this)),
       pages(new QStackedWidget(this)),
-      detail(new DetailPane(this))
+      detail(new DetailPane(this)),
+      status(new QLabel(this))
 {
     setObjectName(QStringLiteral("hde-workspace"));
     auto *outer = new QHBoxLayout(this);
@@ -42,6 +46,10 @@ WorkspaceWidget::WorkspaceWidget(quint64 windowId, WorkspaceRegistry *registry, 
     tabBar->hide();
     column->addWidget(tabBar);
     column->addWidget(pages, 1);
+    status->setObjectName(QStringLiteral("status"));
+    status->setContentsMargins(10, 3, 10, 3);
+    status->setStyleSheet(QStringLiteral("color: palette(mid);"));
+    column->addWidget(status);
     outer->addLayout(column, 1);
     outer->addWidget(detail);
     detail->hide();
@@ -51,6 +59,7 @@ WorkspaceWidget::WorkspaceWidget(quint64 windowId, WorkspaceRegistry *registry, 
             pages->setCurrentIndex(index);
             syncWindow();
             refreshDetail();
+            refreshStatus();
         }
     });
     connect(tabBar, &QTabBar::tabCloseRequested, this, &WorkspaceWidget::closeTab);
@@ -97,9 +106,17 @@ TabPage *WorkspaceWidget::addTab()
     pages->addWidget(page);
     connect(page, &TabPage::urlChanged, this, &WorkspaceWidget::onPageUrlChanged);
     connect(page, &TabPage::selectionChanged, this, [this, page] {
-        if (page == currentPage())
+        if (page == currentPage()) {
             refreshDetail();
+            refreshStatus();
+        }
     });
+    for (auto signal : {&TabPage::itemCountChanged, &TabPage::loadFinished}) {
+        connect(page, signal, this, [this, page] {
+            if (page == currentPage())
+                refreshStatus();
+        });
+    }
     const int index = tabBar->addTab(QString());
     tabBar->setVisible(tabBar->count() > 1);
     tabBar->setCurrentIndex(index);
@@ -182,6 +199,7 @@ void WorkspaceWidget::onPageUrlChanged()
     if (tabPage == currentPage()) {
         syncWindow();
         refreshDetail();
+        refreshStatus();
     }
 }
 
@@ -211,6 +229,24 @@ void WorkspaceWidget::refreshDetail()
     }
     if (shown.isValid())
         detail->showUrl(shown);
+}
+
+void WorkspaceWidget::refreshStatus()
+{
+    TabPage *tabPage = currentPage();
+    FileView *files = tabPage ? tabPage->fileView() : nullptr;
+    if (!files || tabPage->currentViewWidget() != files) {
+        status->clear();
+        return;
+    }
+    const int count = files->fileModel()->rowCount();
+    const int selected = files->selectedUrls().size();
+    QString text = count == 1 ? tr("1 item") : tr("%1 items").arg(count);
+    if (selected > 0)
+        text = tr("%1, %2 selected").arg(text).arg(selected);
+    if (!files->isLoaded())
+        text = tr("%1 (loading)").arg(text);
+    status->setText(text);
 }
 
 QVariantMap WorkspaceWidget::state() const

@@ -6,6 +6,7 @@
 #include <QVariantMap>
 #include <QWidget>
 
+class QLabel;
 class QStackedWidget;
 class QTabBar;
 
@@ -48,6 +49,7 @@ private:
     void onPageUrlChanged();
     void syncWindow();
     void refreshDetail();
+    void refreshStatus();
     int indexOf(const TabPage *page) const;
 
     quint64 id;
@@ -55,6 +57,7 @@ private:
     QTabBar *tabBar;
     QStackedWidget *pages;
     DetailPane *detail;
+    QLabel *status;
     hdehost::ViewMode mode = hdehost::ViewMode::kIcon;
 };
 

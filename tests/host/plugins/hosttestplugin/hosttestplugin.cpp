@@ -17,6 +17,7 @@
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QVBoxLayout>
 
 namespace hosttest {
@@ -245,7 +246,20 @@ bool HostTestPlugin::hookTabName(const QUrl &url, QString *name)
 
 bool HostTestPlugin::hookEmblems(const QUrl &url, QList<QIcon> *emblems)
 {
-    if (!emblems || url.scheme() != QLatin1String("hosttest") || !url.fileName().contains(QLatin1String("marked")))
+    if (!emblems || url.scheme() != QLatin1String("hosttest"))
+        return false;
+    // HOSTTEST_EMBLEMS="Budget*=emblem-default;Photos=emblem-favorite" adds
+    // emblems by name pattern (for demonstrations and screenshots).
+    const QStringList rules = qEnvironmentVariable("HOSTTEST_EMBLEMS").split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    for (const QString &rule : rules) {
+        const QString pattern = rule.section(QLatin1Char('='), 0, 0);
+        const QRegularExpression match(QRegularExpression::wildcardToRegularExpression(pattern));
+        if (match.match(url.fileName()).hasMatch()) {
+            emblems->append(QIcon::fromTheme(rule.section(QLatin1Char('='), 1)));
+            return true;
+        }
+    }
+    if (!url.fileName().contains(QLatin1String("marked")))
         return false;
     emblems->append(QIcon::fromTheme(QStringLiteral("emblem-important")));
     if (url.fileName().contains(QLatin1String("twice")))

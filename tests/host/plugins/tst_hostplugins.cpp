@@ -10,6 +10,7 @@
 #include "core/hoststartup.h"
 #include "core/operationlog.h"
 
+#include <hfmbase/abstractmenuscene.h>
 #include <hfmbase/filemanagerwindow.h>
 #include <hfmbase/filemanagerwindowsmanager.h>
 #include <hfmbase/globaleventtype.h>
@@ -110,6 +111,8 @@ private Q_SLOTS:
     void menuActionsTriggered();
     void computerEntryOpensItsTarget();
     void customViewAndTitleBarSettings();
+    void malformedRegistrationsAreRefused_data();
+    void malformedRegistrationsAreRefused();
 
 private:
     QJsonObject state() const { return hdeapp::collectState(&log, operations); }
@@ -570,6 +573,74 @@ void HostPluginsTest::customViewAndTitleBarSettings()
     QCOMPARE(back.value(QStringLiteral("iconViewBtn")).toBool(), true);
     QCOMPARE(back.value(QStringLiteral("listViewBtn")).toBool(), true);
     QCOMPARE(back.value(QStringLiteral("address")).toString(), QStringLiteral("hosttest:///"));
+}
+
+void HostPluginsTest::malformedRegistrationsAreRefused_data()
+{
+    QTest::addColumn<QString>("space");
+    QTest::addColumn<QString>("topic");
+    QTest::addColumn<QVariantList>("args");
+    QTest::addColumn<QVariant>("result");
+    QTest::addColumn<QString>("warning");
+
+    QTest::newRow("top widget without creator")
+        << Space::kWorkspace << Topic::kRegisterCustomTopWidget
+        << QVariantList {QVariantMap {{PropertyKey::kScheme, QStringLiteral("x")}}} << QVariant(false)
+        << "registerCustomTopWidget: refused - Property_Key_CreateTopWidgetCallback is not a TopWidCreator";
+    QTest::newRow("top widget with a creator of the wrong type")
+        << Space::kWorkspace << Topic::kRegisterCustomTopWidget
+        << QVariantList {QVariantMap {{PropertyKey::kScheme, QStringLiteral("x")},
+               {PropertyKey::kCreateTopWidgetCallback, QStringLiteral("not callable")}}}
+        << QVariant(false) << "is not a TopWidCreator";
+    QTest::newRow("top widget without scheme")
+        << Space::kWorkspace << Topic::kRegisterCustomTopWidget << QVariantList {QVariantMap()} << QVariant(false)
+        << "refused - no Property_Key_Scheme";
+    QTest::newRow("sidebar update of an unknown item")
+        << Space::kSidebar << Topic::kSidebarItemUpdate
+        << QVariantList {QUrl(QStringLiteral("nowhere:///")), QVariantMap()} << QVariant(false)
+        << "SidebarStore::update: no item for";
+    QTest::newRow("sidebar update with unknown keys")
+        << Space::kSidebar << Topic::kSidebarItemUpdate
+        << QVariantList {QUrl(QStringLiteral("computer:///")), QVariantMap {{QStringLiteral("Colour"), 3}}}
+        << QVariant(true) << "ignored the properties";
+    QTest::newRow("computer entry nobody makes")
+        << Space::kComputer << Topic::kComputerItemAdd
+        << QVariantList {QStringLiteral("Disks"), QUrl(QStringLiteral("entry:///x.nosuchsuffix")), 1, false}
+        << QVariant(false) << "ComputerStore::add: cannot add";
+    QTest::newRow("computer entry listed twice")
+        << Space::kComputer << Topic::kComputerItemAdd
+        << QVariantList {QStringLiteral("Disks"), QUrl(QStringLiteral("entry:///root.localdisk")), 1, false}
+        << QVariant(false) << "is listed already";
+    QTest::newRow("menu scene made by nobody")
+        << Space::kMenu << Topic::kMenuCreateScene << QVariantList {QStringLiteral("NoSuchScene")}
+        << QVariant::fromValue<hfmbase::AbstractMenuScene *>(nullptr) << "no scene is registered as";
+    QTest::newRow("title bar settings without scheme")
+        << Space::kTitlebar << Topic::kTitlebarCustomRegister
+        << QVariantList {QString(), QVariantMap {{PropertyKey::kHideIconViewBtn, true}}} << QVariant(false)
+        << "refused settings without a scheme";
+    QTest::newRow("title bar key nobody knows")
+        << Space::kTitlebar << Topic::kTitlebarCustomRegister
+        << QVariantList {QStringLiteral("odd"), QVariantMap {{QStringLiteral("Property_Key_Colour"), true}}}
+        << QVariant(true) << "ignored the unknown key";
+}
+
+void HostPluginsTest::malformedRegistrationsAreRefused()
+{
+    QFETCH(QString, space);
+    QFETCH(QString, topic);
+    QFETCH(QVariantList, args);
+    QFETCH(QVariant, result);
+    QFETCH(QString, warning);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QRegularExpression::escape(warning)));
+    const QVariant answer = hpf::channel()->pushList(space, topic, args);
+    if (result.userType() == qMetaTypeId<hfmbase::AbstractMenuScene *>())
+        QCOMPARE(answer.value<hfmbase::AbstractMenuScene *>(), nullptr);
+    else
+        QCOMPARE(answer.toBool(), result.toBool());
+    // The host keeps working afterwards.
+    const quint64 id = openWindow(QUrl(QStringLiteral("computer:///")));
+    QVERIFY(id);
+    QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Computer"));
 }
 
 QTEST_MAIN(HostPluginsTest)

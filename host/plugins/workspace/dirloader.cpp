@@ -82,15 +82,15 @@ struct DirLoader::Job : public QRunnable
             Qt::QueuedConnection);
     }
 
-    void finish(bool ok, const QString &error, const QSet<QString> &hidden)
+    void finish(bool ok, const QString &error, const QSet<QString> &hidden, const QVector<FileItemPointer> &sorted)
     {
         QMetaObject::invokeMethod(
             relay.get(),
-            [loader = loader, generation = generation, ok, error, hidden] {
+            [loader = loader, generation = generation, ok, error, hidden, sorted] {
                 if (!loader || loader->generation != generation)
                     return;
                 loader->running = false;
-                Q_EMIT loader->finished(ok, error, hidden);
+                Q_EMIT loader->finished(ok, error, hidden, sorted);
             },
             Qt::QueuedConnection);
     }
@@ -102,12 +102,12 @@ struct DirLoader::Job : public QRunnable
             QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System, QDirIterator::NoIteratorFlags,
             &error);
         if (!iterator) {
-            finish(false, error.isEmpty() ? QStringLiteral("cannot list \"%1\"").arg(url.toString()) : error, {});
+            finish(false, error.isEmpty() ? QStringLiteral("cannot list \"%1\"").arg(url.toString()) : error, {}, {});
             return;
         }
         const QSet<QString> hidden = readHiddenNames(url);
-        const QCollator collator = makeCollator();
         QVector<FileItemPointer> batch;
+        QVector<FileItemPointer> all;
         bool first = true;
         QElapsedTimer clock;
         clock.start();
@@ -115,6 +115,7 @@ struct DirLoader::Job : public QRunnable
             if (batch.isEmpty())
                 return;
             std::sort(batch.begin(), batch.end(), itemLessThan);
+            all += batch;
             post(batch);
             batch.clear();
             first = false;
@@ -136,7 +137,7 @@ struct DirLoader::Job : public QRunnable
             }
             if (!showHidden && info->isHidden())
                 continue;
-            batch.append(makeItem(info, fileUrl.isValid() ? fileUrl : iterator->fileUrl(), collator));
+            batch.append(makeItem(info, fileUrl.isValid() ? fileUrl : iterator->fileUrl()));
             const int limit = first ? kFirstBatchSize : kBatchSize;
             const qint64 interval = first ? kFirstBatchMs : kBatchMs;
             if (batch.size() >= limit || clock.elapsed() >= interval)
@@ -144,7 +145,9 @@ struct DirLoader::Job : public QRunnable
         }
         iterator->close();
         flush();
-        finish(true, QString(), hidden);
+        // Sorted runs: merging them is all the final order costs.
+        std::stable_sort(all.begin(), all.end(), itemLessThan);
+        finish(true, QString(), hidden, all);
     }
 };
 

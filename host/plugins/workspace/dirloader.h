@@ -14,8 +14,8 @@
 namespace hfmplugin_workspace {
 
 // Lists a directory through the iterator factory on a worker thread and
-// hands the rows to the GUI thread in batches (each batch sorted), so the
-// GUI thread never waits on the file system. Starting again or destroying
+// hands the rows to the GUI thread in batches, then all of them sorted, so
+// the GUI thread neither waits on the file system nor sorts. Starting again or destroying
 // the loader cancels the listing in progress; its late batches are dropped.
 // Lives on and signals on the GUI thread.
 class DirLoader : public QObject
@@ -31,8 +31,10 @@ public:
 
 Q_SIGNALS:
     void itemsReady(const QVector<hfmplugin_workspace::FileItemPointer> &items);
+    // `sorted` holds every row of the batches in itemLessThan order;
     // `hiddenNames` are the names the folder's ".hidden" file lists.
-    void finished(bool ok, const QString &error, const QSet<QString> &hiddenNames);
+    void finished(bool ok, const QString &error, const QSet<QString> &hiddenNames,
+        const QVector<hfmplugin_workspace::FileItemPointer> &sorted);
 
 private:
     struct Job;

@@ -3,8 +3,6 @@
 
 #include <hfmbase/fileinfo.h>
 
-#include <QCollator>
-#include <QCollatorSortKey>
 #include <QDateTime>
 #include <QSharedPointer>
 
@@ -15,7 +13,7 @@ namespace hfmplugin_workspace {
 // thread when a view first shows the row.
 struct FileItem
 {
-    FileItem(const hfmbase::FileInfoPointer &info, const QUrl &url, const QCollator &collator);
+    FileItem(const hfmbase::FileInfoPointer &info, const QUrl &url);
 
     hfmbase::FileInfoPointer info;
     QUrl url;
@@ -23,7 +21,9 @@ struct FileItem
     bool isDir = false;
     qint64 size = 0;
     QDateTime modified;
-    QCollatorSortKey key;
+    // The name case folded with its numbers padded: compared as plain text
+    // it gives the reading order, in any locale, cheaply.
+    QString key;
 
     // GUI thread only.
     QIcon icon() const;
@@ -40,9 +40,7 @@ using FileItemPointer = QSharedPointer<FileItem>;
 
 // Folders first, then by name as people read numbers ("2" before "10").
 bool itemLessThan(const FileItemPointer &a, const FileItemPointer &b);
-// A collator set up for itemLessThan; one per thread.
-QCollator makeCollator();
 // Made from a file info (and its URL); null when there is no info.
-FileItemPointer makeItem(const hfmbase::FileInfoPointer &info, const QUrl &url, const QCollator &collator);
+FileItemPointer makeItem(const hfmbase::FileInfoPointer &info, const QUrl &url);
 
 }   // namespace hfmplugin_workspace

@@ -17,17 +17,22 @@ namespace hfmplugin_workspace {
 namespace {
 
 constexpr int kChangeDelayMs = 40;
+constexpr int kIncomingDelayMs = 250;
+// Up to this many arrivals go in one by one; more are sorted in at once.
+constexpr int kFewArrivals = 32;
 
 }   // namespace
 
-FileModel::FileModel(QObject *parent)
-    : QAbstractTableModel(parent), loader(new DirLoader(this)), collator(makeCollator())
+FileModel::FileModel(QObject *parent) : QAbstractTableModel(parent), loader(new DirLoader(this))
 {
     connect(loader, &DirLoader::itemsReady, this, &FileModel::onItemsReady);
     connect(loader, &DirLoader::finished, this, &FileModel::onFinished);
     changeTimer.setSingleShot(true);
     changeTimer.setInterval(kChangeDelayMs);
     connect(&changeTimer, &QTimer::timeout, this, &FileModel::applyChanges);
+    incomingTimer.setSingleShot(true);
+    incomingTimer.setInterval(kIncomingDelayMs);
+    connect(&incomingTimer, &QTimer::timeout, this, &FileModel::flushIncoming);
 }
 
 FileModel::~FileModel() = default;
@@ -51,9 +56,10 @@ void FileModel::reload()
     endResetModel();
     pending.clear();
     changeTimer.stop();
+    incoming.clear();
+    incomingTimer.stop();
     error.clear();
     loading = true;
-    sortedSinceLoad = true;
     if (watcher)
         watcher->disconnect(this);
     watcher.reset();
@@ -112,40 +118,43 @@ void FileModel::onItemsReady(const QVector<FileItemPointer> &batch)
 {
     if (batch.isEmpty())
         return;
-    if (!items.isEmpty())
-        sortedSinceLoad = false;
-    // Rows go to the end while listing; one sort when it ends keeps the
-    // cost per batch small.
-    beginInsertRows(QModelIndex(), items.size(), items.size() + batch.size() - 1);
-    items += batch;
+    if (!items.isEmpty() || !incoming.isEmpty()) {
+        incoming += batch;
+        if (!incomingTimer.isActive())
+            incomingTimer.start();
+        return;
+    }
+    // The first rows show at once.
+    beginInsertRows(QModelIndex(), 0, batch.size() - 1);
+    items = batch;
     invalidateIndex();
     endInsertRows();
 }
 
-void FileModel::onFinished(bool ok, const QString &message, const QSet<QString> &hidden)
+void FileModel::flushIncoming()
+{
+    if (incoming.isEmpty())
+        return;
+    beginInsertRows(QModelIndex(), items.size(), items.size() + incoming.size() - 1);
+    items += incoming;
+    incoming.clear();
+    invalidateIndex();
+    endInsertRows();
+}
+
+void FileModel::onFinished(
+    bool ok, const QString &message, const QSet<QString> &hidden, const QVector<FileItemPointer> &sorted)
 {
     loading = false;
     error = ok ? QString() : message;
     hiddenNames = hidden;
     if (!ok)
         qCWarning(logWorkspace).noquote() << "FileModel: listing" << root.toString() << "failed -" << message;
-    if (!sortedSinceLoad) {
-        Q_EMIT layoutAboutToBeChanged();
-        const QModelIndexList before = persistentIndexList();
-        QList<QUrl> beforeUrls;
-        for (const QModelIndex &index : before)
-            beforeUrls.append(items.value(index.row()) ? items.at(index.row())->url : QUrl());
-        std::stable_sort(items.begin(), items.end(), itemLessThan);
-        invalidateIndex();
-        QModelIndexList after;
-        for (int i = 0; i < before.size(); ++i) {
-            const int row = rowOf(beforeUrls.at(i));
-            after.append(row < 0 ? QModelIndex() : index(row, before.at(i).column()));
-        }
-        changePersistentIndexList(before, after);
-        Q_EMIT layoutChanged();
-        sortedSinceLoad = true;
-    }
+    incomingTimer.stop();
+    flushIncoming();
+    // The worker sorted every row; put them in that order, keeping what
+    // selections and current items point at.
+    applyOrder(sorted);
     Q_EMIT loadingFinished(ok);
     if (!pending.isEmpty())
         changeTimer.start();
@@ -174,10 +183,15 @@ void FileModel::applyChanges()
         return;
     const QHash<QUrl, bool> changes = pending;
     pending.clear();
+    // Rows are found with one index, removed in runs from the bottom, and
+    // arrivals are sorted in together, so that a folder where thousands of
+    // files change at once costs no more than listing it again.
+    QVector<int> gone;
+    QVector<FileItemPointer> arrived;
     for (auto it = changes.cbegin(); it != changes.cend(); ++it) {
         const QUrl &url = it.key();
         if (hdehost::sameUrl(url, root)) {
-            // The folder itself went away or changed: list it again.
+            // The folder itself went away: list it again.
             if (it.value()) {
                 reload();
                 return;
@@ -191,24 +205,68 @@ void FileModel::applyChanges()
         if (!hdehost::sameUrl(hdehost::parentUrl(url), root))
             continue;
         const int row = rowOf(url);
-        if (it.value()) {
-            if (row >= 0)
-                removeRow(row);
+        if (row >= 0)
+            gone.append(row);
+        if (it.value())
             continue;
-        }
         hfmbase::FileInfoPointer info = hfmbase::InfoFactory::create<hfmbase::FileInfo>(url);
         if (info)
             info->refresh();
-        if (!info || !info->exists() || !isShown(url, info)) {
-            if (row >= 0)
-                removeRow(row);
-            continue;
-        }
-        const FileItemPointer item = makeItem(info, url, collator);
-        if (row >= 0)
-            removeRow(row);
-        insertSorted(item);
+        if (info && info->exists() && isShown(url, info))
+            arrived.append(makeItem(info, url));
     }
+    std::sort(gone.begin(), gone.end(), std::greater<int>());
+    gone.erase(std::unique(gone.begin(), gone.end()), gone.end());
+    for (int i = 0; i < gone.size();) {
+        int last = gone.at(i);
+        int first = last;
+        while (i + 1 < gone.size() && gone.at(i + 1) == first - 1)
+            first = gone.at(++i);
+        ++i;
+        beginRemoveRows(QModelIndex(), first, last);
+        items.remove(first, last - first + 1);
+        invalidateIndex();
+        endRemoveRows();
+    }
+    if (arrived.size() <= kFewArrivals) {
+        for (const FileItemPointer &item : qAsConst(arrived))
+            insertSorted(item);
+        return;
+    }
+    beginInsertRows(QModelIndex(), items.size(), items.size() + arrived.size() - 1);
+    items += arrived;
+    invalidateIndex();
+    endInsertRows();
+    QVector<FileItemPointer> sorted = items;
+    std::stable_sort(sorted.begin(), sorted.end(), itemLessThan);
+    applyOrder(sorted);
+}
+
+void FileModel::applyOrder(const QVector<FileItemPointer> &sorted)
+{
+    if (sorted.size() != items.size() || sorted.isEmpty() || sorted == items)
+        return;
+    Q_EMIT layoutAboutToBeChanged();
+    const QModelIndexList before = persistentIndexList();
+    QVector<FileItem *> beforeItems;
+    beforeItems.reserve(before.size());
+    for (const QModelIndex &index : before)
+        beforeItems.append(items.value(index.row()).data());
+    items = sorted;
+    invalidateIndex();
+    if (!before.isEmpty()) {
+        QHash<const FileItem *, int> rows;
+        rows.reserve(items.size());
+        for (int i = 0; i < items.size(); ++i)
+            rows.insert(items.at(i).data(), i);
+        QModelIndexList after;
+        for (int i = 0; i < before.size(); ++i) {
+            const int row = rows.value(beforeItems.at(i), -1);
+            after.append(row < 0 ? QModelIndex() : index(row, before.at(i).column()));
+        }
+        changePersistentIndexList(before, after);
+    }
+    Q_EMIT layoutChanged();
 }
 
 void FileModel::insertSorted(const FileItemPointer &item)
@@ -256,10 +314,15 @@ void FileModel::updateFile(const QUrl &url)
     const int row = rowOf(url);
     if (row < 0)
         return;
-    // A changed name would also change the row's place: go the long way.
     const FileItemPointer &item = items.at(row);
     item->info->refresh();
-    const FileItemPointer fresh = makeItem(item->info, item->url, collator);
+    if (loading) {
+        // The rows are still being put in order; repaint only.
+        Q_EMIT dataChanged(index(row, 0), index(row, kColumnCount - 1));
+        return;
+    }
+    // A changed name would also change the row's place: go the long way.
+    const FileItemPointer fresh = makeItem(item->info, item->url);
     if (fresh->name != item->name || fresh->isDir != item->isDir) {
         removeRow(row);
         insertSorted(fresh);

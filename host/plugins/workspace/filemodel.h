@@ -58,11 +58,14 @@ Q_SIGNALS:
 
 private:
     void onItemsReady(const QVector<FileItemPointer> &batch);
-    void onFinished(bool ok, const QString &error, const QSet<QString> &hidden);
+    void onFinished(bool ok, const QString &error, const QSet<QString> &hidden, const QVector<FileItemPointer> &sorted);
+    void flushIncoming();
     void startWatching();
     void queueChange(const QUrl &url, bool removed);
     void applyChanges();
     void insertSorted(const FileItemPointer &item);
+    // Puts the rows in this order (the same rows), keeping persistent indexes.
+    void applyOrder(const QVector<FileItemPointer> &sorted);
     void removeRow(int row);
     bool isShown(const QUrl &url, const hfmbase::FileInfoPointer &info) const;
     void invalidateIndex();
@@ -73,14 +76,16 @@ private:
     mutable bool rowIndexValid = false;
     DirLoader *loader;
     bool loading = false;
-    bool sortedSinceLoad = true;
+    // Rows that arrived after the first batch, shown together a little later
+    // so that a large listing does not relayout the view for every batch.
+    QVector<FileItemPointer> incoming;
+    QTimer incomingTimer;
     bool hiddenShown = false;
     QString error;
     QSet<QString> hiddenNames;
     hfmbase::AbstractFileWatcherPointer watcher;
     QHash<QUrl, bool> pending;   // URL -> removed
     QTimer changeTimer;
-    QCollator collator;
 };
 
 }   // namespace hfmplugin_workspace

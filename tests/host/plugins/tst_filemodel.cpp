@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The workspace's model of one folder: listed off the GUI thread in batches,
+// in reading order (folders first, numbers by value), hidden names left out,
+// selections kept across the final ordering, stale listings dropped, and
+// live changes applied.
+#include "filemodel.h"
+
+#include <hfmbase/infofactory.h>
+#include <hostcommon/hostmetatypes.h>
+
+#include <QDir>
+#include <QFile>
+#include <QPersistentModelIndex>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using hfmplugin_workspace::FileModel;
+
+namespace {
+
+void writeFile(const QString &path, const QByteArray &data = QByteArray("x"))
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(data);
+}
+
+QStringList rowNames(const FileModel &model)
+{
+    QStringList names;
+    for (int row = 0; row < model.rowCount(); ++row)
+        names.append(model.index(row, FileModel::kName).data().toString());
+    return names;
+}
+
+bool load(FileModel &model, const QString &path)
+{
+    QSignalSpy finished(&model, &FileModel::loadingFinished);
+    model.setRootUrl(QUrl::fromLocalFile(path));
+    return finished.wait(10000);
+}
+
+}   // namespace
+
+class FileModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { hdehost::registerHostMetaTypes(); }
+    void listsInReadingOrder_data();
+    void listsInReadingOrder();
+    void selectionSurvivesTheFinalOrder();
+    void aNewFolderDropsTheOldListing();
+    void liveChangesAndRepaint();
+    void missingFolderReportsAnError();
+};
+
+void FileModelTest::listsInReadingOrder_data()
+{
+    QTest::addColumn<int>("files");
+    QTest::newRow("one batch") << 5;
+    QTest::newRow("several batches") << 450;
+}
+
+void FileModelTest::listsInReadingOrder()
+{
+    QFETCH(int, files);
+    QTemporaryDir dir;
+    // Written in an order unlike the expected one.
+    for (int i = files; i >= 1; --i)
+        writeFile(dir.filePath(QStringLiteral("item %1.txt").arg(i)));
+    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("zeta")));
+    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("Alpha")));
+    writeFile(dir.filePath(QStringLiteral(".dotfile")));
+    writeFile(dir.filePath(QStringLiteral("secret.txt")));
+    writeFile(dir.filePath(QStringLiteral(".hidden")), "secret.txt\n");
+
+    FileModel model;
+    QVERIFY(load(model, dir.path()));
+    QStringList expected {QStringLiteral("Alpha"), QStringLiteral("zeta")};
+    for (int i = 1; i <= files; ++i)
+        expected.append(QStringLiteral("item %1.txt").arg(i));
+    QCOMPARE(rowNames(model), expected);
+    QCOMPARE(model.index(0, 0).data(FileModel::kIsDirRole).toBool(), true);
+    QCOMPARE(model.index(2, 0).data(FileModel::kUrlRole).toUrl(),
+        QUrl::fromLocalFile(dir.filePath(QStringLiteral("item 1.txt"))));
+
+    // Shown on request, and gone again.
+    QSignalSpy finished(&model, &FileModel::loadingFinished);
+    model.setShowHidden(true);
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(model.rowCount(), files + 5);
+    model.setShowHidden(false);
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(model.rowCount(), files + 2);
+}
+
+void FileModelTest::selectionSurvivesTheFinalOrder()
+{
+    QTemporaryDir dir;
+    for (int i = 450; i >= 1; --i)
+        writeFile(dir.filePath(QStringLiteral("f%1").arg(i)));
+    FileModel model;
+    QPersistentModelIndex first;
+    QString firstName;
+    // Hold on to the first row that shows, before the listing ends.
+    connect(&model, &QAbstractItemModel::rowsInserted, this, [&] {
+        if (!first.isValid()) {
+            first = model.index(0, 0);
+            firstName = first.data().toString();
+        }
+    });
+    QVERIFY(load(model, dir.path()));
+    QVERIFY(first.isValid());
+    QCOMPARE(first.data().toString(), firstName);
+    QCOMPARE(first.row(), firstName.mid(1).toInt() - 1);
+}
+
+void FileModelTest::aNewFolderDropsTheOldListing()
+{
+    QTemporaryDir big;
+    for (int i = 0; i < 450; ++i)
+        writeFile(big.filePath(QStringLiteral("old-%1").arg(i)));
+    QTemporaryDir small;
+    writeFile(small.filePath(QStringLiteral("new.txt")));
+
+    FileModel model;
+    QSignalSpy finished(&model, &FileModel::loadingFinished);
+    model.setRootUrl(QUrl::fromLocalFile(big.path()));
+    model.setRootUrl(QUrl::fromLocalFile(small.path()));
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(rowNames(model), QStringList {QStringLiteral("new.txt")});
+    // Nothing of the first listing arrives later.
+    QTest::qWait(300);
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(rowNames(model), QStringList {QStringLiteral("new.txt")});
+}
+
+void FileModelTest::liveChangesAndRepaint()
+{
+    QTemporaryDir dir;
+    writeFile(dir.filePath(QStringLiteral("b.txt")));
+    FileModel model;
+    QVERIFY(load(model, dir.path()));
+
+    writeFile(dir.filePath(QStringLiteral("a.txt")));
+    writeFile(dir.filePath(QStringLiteral("c.txt")));
+    writeFile(dir.filePath(QStringLiteral(".quiet")));
+    QTRY_COMPARE(
+        rowNames(model), (QStringList {QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt")}));
+    QVERIFY(QFile::rename(dir.filePath(QStringLiteral("a.txt")), dir.filePath(QStringLiteral("d.txt"))));
+    QVERIFY(QFile::remove(dir.filePath(QStringLiteral("b.txt"))));
+    QTRY_COMPARE(rowNames(model), (QStringList {QStringLiteral("c.txt"), QStringLiteral("d.txt")}));
+    // Names listed in ".hidden" go as soon as it changes.
+    writeFile(dir.filePath(QStringLiteral(".hidden")), "c.txt\n");
+    QTRY_COMPARE(rowNames(model), QStringList {QStringLiteral("d.txt")});
+
+    // Many arrivals and departures at once keep the order.
+    QStringList many;
+    for (int i = 60; i >= 1; --i) {
+        writeFile(dir.filePath(QStringLiteral("n%1").arg(i)));
+        many.prepend(QStringLiteral("n%1").arg(i));
+    }
+    QTRY_COMPARE(rowNames(model), QStringList {QStringLiteral("d.txt")} + many);
+    for (int i = 1; i <= 60; i += 2)
+        QVERIFY(QFile::remove(dir.filePath(QStringLiteral("n%1").arg(i))));
+    QStringList odd;
+    for (int i = 2; i <= 60; i += 2)
+        odd.append(QStringLiteral("n%1").arg(i));
+    QTRY_COMPARE(rowNames(model), QStringList {QStringLiteral("d.txt")} + odd);
+
+    QSignalSpy repaint(&model, &QAbstractItemModel::dataChanged);
+    writeFile(dir.filePath(QStringLiteral("d.txt")), "grown");
+    model.updateFile(QUrl::fromLocalFile(dir.filePath(QStringLiteral("d.txt"))));
+    QVERIFY(repaint.count() >= 1);
+    QCOMPARE(repaint.last().first().value<QModelIndex>().row(), 0);
+    QCOMPARE(model.index(0, FileModel::kSize).data().toString(), QLocale().formattedDataSize(5));
+    model.updateFile(QUrl::fromLocalFile(dir.filePath(QStringLiteral("unknown"))));
+}
+
+void FileModelTest::missingFolderReportsAnError()
+{
+    QTemporaryDir dir;
+    FileModel model;
+    QSignalSpy finished(&model, &FileModel::loadingFinished);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("FileModel: listing .* failed")));
+    model.setRootUrl(QUrl(QStringLiteral("nosuchscheme:///x")));
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(finished.first().first().toBool(), false);
+    QVERIFY(!model.errorString().isEmpty());
+    QCOMPARE(model.rowCount(), 0);
+}
+
+QTEST_MAIN(FileModelTest)
+#include "tst_filemodel.moc"

@@ -33,6 +33,17 @@ const QString kKeySizeUsed = QStringLiteral("SizeUsed");
 
 using ReadLock = std::shared_lock<std::shared_mutex>;
 using WriteLock = std::unique_lock<std::shared_mutex>;
+
+// The item's URL: "nubix://" and the path, parsed as user input. For text
+// that starts with a scheme and "//", user input parsing gives the URL parsed
+// tolerantly whenever that is valid, so only other text takes its slower
+// route (it also parses the text a second time, behind "http://").
+QUrl cloudUrl(const QString &path)
+{
+    const QString text = QStringLiteral("nubix://") + path;
+    const QUrl url(text.trimmed(), QUrl::TolerantMode);
+    return url.isValid() ? url : QUrl::fromUserInput(text);
+}
 }   // namespace
 
 NubixCaches *NubixCaches::instance()
@@ -166,8 +177,7 @@ void NubixCaches::cacheFileDatas(const QList<FileData> &datas)
             files.insert(data.path, data);
         }
         // Every entry repaints its item, changed or not; parents are left alone.
-        const QUrl url = QUrl::fromUserInput(QStringLiteral("nubix://%1").arg(data.path));
-        channel->push(kWorkspaceSpace, kFileUpdateSlot, url);
+        channel->push(kWorkspaceSpace, kFileUpdateSlot, cloudUrl(data.path));
     }
 }
 

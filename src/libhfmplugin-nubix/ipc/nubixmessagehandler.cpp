@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QMap>
 #include <QProcess>
@@ -197,7 +198,7 @@ void NubixMessageHandler::handleResponse(const QJsonObject &body)
 
     const QString method = body.value(QStringLiteral("method")).toString();
     const QString key = body.value(QStringLiteral("key")).toString();
-    const QVariantMap data = body.value(QStringLiteral("data")).toObject().toVariantMap();
+    const QJsonObject data = body.value(QStringLiteral("data")).toObject();
     nubixDebug() << "NubixMessageHandler: Handling response. Method:" << method << "Key:" << key;
 
     const auto &parsers = responseParsers();
@@ -466,8 +467,9 @@ void NubixMessageHandler::parseSigFileSyncStatusChanged(const QVariant &args)
 
 // Responses -------------------------------------------------------------------
 
-void NubixMessageHandler::parseResponseUserInfo(const QString &key, const QVariantMap &data)
+void NubixMessageHandler::parseResponseUserInfo(const QString &key, const QJsonObject &answer)
 {
+    const QVariantMap data = answer.toVariantMap();
     // The client's result code is read but not interpreted: failures still carry a result.
     const int code = data.value(QStringLiteral("code")).toInt();
     Q_UNUSED(code)
@@ -491,8 +493,9 @@ void NubixMessageHandler::parseResponseUserInfo(const QString &key, const QVaria
     Q_EMIT sigResponseUserInfo(key, info);
 }
 
-void NubixMessageHandler::parseResponseSyncInfo(const QString &key, const QVariantMap &data)
+void NubixMessageHandler::parseResponseSyncInfo(const QString &key, const QJsonObject &answer)
 {
+    const QVariantMap data = answer.toVariantMap();
     // The client's result code is read but not interpreted: failures still carry a result.
     const int code = data.value(QStringLiteral("code")).toInt();
     Q_UNUSED(code)
@@ -508,24 +511,28 @@ void NubixMessageHandler::parseResponseSyncInfo(const QString &key, const QVaria
     Q_EMIT sigResponseSyncInfo(key, info);
 }
 
-void NubixMessageHandler::parseResponseFileStatus(const QString &key, const QVariantMap &data)
+void NubixMessageHandler::parseResponseFileStatus(const QString &key, const QJsonObject &answer)
 {
-    // The client's result code is read but not interpreted: failures still carry a result.
-    const int code = data.value(QStringLiteral("code")).toInt();
+    // Answers run to tens of thousands of entries, so the answer is not turned
+    // into a variant map first; each value gets the same variant conversion
+    // that map would have given it.
+    const int code = answer.value(QLatin1String("code")).toVariant().toInt();
     Q_UNUSED(code)
-    const QVariantList result = data.value(QStringLiteral("result")).toList();
+    // Anything but an array reads as an empty list, as with a variant map.
+    const QJsonArray result = answer.value(QLatin1String("result")).toArray();
 
     QList<FileData> datas;
     datas.reserve(result.size());
-    for (const QVariant &element : result) {
-        const QVariantMap map = element.toMap();
+    for (const QJsonValue element : result) {
+        // Likewise an element that is not an object reads as an empty one.
+        const QJsonObject map = element.toObject();
         FileData file;
-        file.fileId = map.value(QStringLiteral("fileid")).toLongLong();
-        file.isDir = map.value(QStringLiteral("isDir")).toBool();
-        file.path = map.value(QStringLiteral("path")).toString();
-        file.plan = map.value(QStringLiteral("plan")).toString();
-        file.planError = map.value(QStringLiteral("plan_error")).toInt();
-        file.planStatus = map.value(QStringLiteral("plan_status")).toInt();
+        file.fileId = map.value(QLatin1String("fileid")).toVariant().toLongLong();
+        file.isDir = map.value(QLatin1String("isDir")).toVariant().toBool();
+        file.path = map.value(QLatin1String("path")).toVariant().toString();
+        file.plan = map.value(QLatin1String("plan")).toVariant().toString();
+        file.planError = map.value(QLatin1String("plan_error")).toVariant().toInt();
+        file.planStatus = map.value(QLatin1String("plan_status")).toVariant().toInt();
         datas.append(file);
     }
     Q_EMIT sigResponseFileStatus(key, datas);

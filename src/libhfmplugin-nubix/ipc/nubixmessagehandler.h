@@ -92,12 +92,13 @@ private:
     void parseSigSyncQuantityChanged(const QVariant &args);
     void parseSigSyncErrorOccured(const QVariant &args);
     void parseSigFileSyncStatusChanged(const QVariant &args);
-    // Response parsers: absent or mistyped values become defaults.
-    void parseResponseUserInfo(const QString &key, const QVariantMap &data);
-    void parseResponseSyncInfo(const QString &key, const QVariantMap &data);
-    void parseResponseFileStatus(const QString &key, const QVariantMap &data);
+    // Response parsers, given the answer's "data": values are read with the
+    // variant conversions, so absent or mistyped values become defaults.
+    void parseResponseUserInfo(const QString &key, const QJsonObject &answer);
+    void parseResponseSyncInfo(const QString &key, const QJsonObject &answer);
+    void parseResponseFileStatus(const QString &key, const QJsonObject &answer);
 
-    using ResponseParser = void (NubixMessageHandler::*)(const QString &key, const QVariantMap &data);
+    using ResponseParser = void (NubixMessageHandler::*)(const QString &key, const QJsonObject &answer);
     using SignalParser = void (NubixMessageHandler::*)(const QVariant &args);
     static const QMap<QString, ResponseParser> &responseParsers();
     static const QMap<QString, SignalParser> &signalParsers();

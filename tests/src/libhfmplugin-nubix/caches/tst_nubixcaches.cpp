@@ -55,6 +55,8 @@ private Q_SLOTS:
     void initTestCase();
     void connectingAsksForAccountSummaryAndShownFolders();
     void storesAndRepaintsEveryReportedItem();
+    void repaintsTheUrlUserInputGives_data();
+    void repaintsTheUrlUserInputGives();
     void laterStatusReplacesEarlier();
     void looksUpExactPathsOnly_data();
     void looksUpExactPathsOnly();
@@ -168,6 +170,43 @@ void TestNubixCaches::storesAndRepaintsEveryReportedItem()
     sync();
     QCOMPARE(repainted.size(), 3);
     QCOMPARE(caches->fileData(QStringLiteral("/docs/a b.txt")).planStatus, 2);
+}
+
+void TestNubixCaches::repaintsTheUrlUserInputGives_data()
+{
+    QTest::addColumn<QString>("path");
+
+    QTest::newRow("plain") << "/docs/a.txt";
+    QTest::newRow("root") << "/";
+    QTest::newRow("empty") << "";
+    QTest::newRow("spaces") << "/My Documents/a b.txt";
+    QTest::newRow("trailing space") << "/docs/name ";
+    QTest::newRow("leading space") << " /docs";
+    QTest::newRow("hash") << "/docs/#1.txt";
+    QTest::newRow("question mark") << "/docs/why?.txt";
+    QTest::newRow("percent escape") << "/docs/100%20.txt";
+    QTest::newRow("bad percent") << "/docs/100%.txt";
+    QTest::newRow("non-ASCII") << QString::fromUtf8("/docs/r\u00e9sum\u00e9 \u6587\u4ef6.txt");
+    QTest::newRow("brackets") << "/docs/[draft].txt";
+    QTest::newRow("dot segments") << "/docs/../a/./b";
+    QTest::newRow("no leading slash") << "docs/a";
+    QTest::newRow("backslash") << "/docs\\a";
+}
+
+void TestNubixCaches::repaintsTheUrlUserInputGives()
+{
+    QFETCH(QString, path);
+
+    repainted.clear();
+    FileData data;
+    data.path = path;
+    caches->cacheFileDatas({data});
+    QCOMPARE(repainted.size(), 1);
+    const QUrl expected = QUrl::fromUserInput(QStringLiteral("nubix://%1").arg(path));
+    QCOMPARE(repainted.first(), expected);
+    QCOMPARE(repainted.first().toString(), expected.toString());
+    QCOMPARE(caches->fileData(path).path, path);
+    caches->removeFileCache(path);
 }
 
 void TestNubixCaches::laterStatusReplacesEarlier()

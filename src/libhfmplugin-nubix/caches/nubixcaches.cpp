@@ -15,12 +15,14 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <algorithm>
 #include <mutex>
 
 namespace hfmplugin_nubix {
 
 namespace {
 constexpr int kSaveDelayMs = 500;
+constexpr int kStoreSlice = 256;
 const QString kWorkspaceSpace = QStringLiteral("hfmplugin_workspace");
 const QString kFileUpdateSlot = QStringLiteral("slot_Model_FileUpdate");
 
@@ -171,14 +173,31 @@ FileData NubixCaches::fileData(const QString &path) const
 void NubixCaches::cacheFileDatas(const QList<FileData> &datas)
 {
     hpf::EventChannelManager *channel = hpf::channel();
-    for (const FileData &data : datas) {
+    // Entries are stored a slice at a time, so that an answer of thousands
+    // takes the lock a few times only and never holds it for long.
+    for (int begin = 0; begin < datas.size(); begin += kStoreSlice) {
+        const int end = std::min(int(datas.size()), begin + kStoreSlice);
         {
             WriteLock locker(lock);
-            files.insert(data.path, data);
+            for (int i = begin; i < end; ++i)
+                store(datas.at(i));
         }
         // Every entry repaints its item, changed or not; parents are left alone.
-        channel->push(kWorkspaceSpace, kFileUpdateSlot, cloudUrl(data.path));
+        for (int i = begin; i < end; ++i)
+            channel->push(kWorkspaceSpace, kFileUpdateSlot, cloudUrl(datas.at(i).path));
     }
+}
+
+void NubixCaches::store(const FileData &data)
+{
+    auto it = files.find(data.path);
+    if (it == files.end()) {
+        files.insert(data.path, data);
+        return;
+    }
+    *it = data;
+    // Keep one copy of the path text: the value's shares the key's.
+    it->path = it.key();
 }
 
 void NubixCaches::removeFileCache(const QString &path)

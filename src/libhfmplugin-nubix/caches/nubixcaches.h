@@ -3,7 +3,7 @@
 
 #include "caches/syncrecords.h"
 
-#include <QMap>
+#include <QHash>
 #include <QObject>
 
 #include <shared_mutex>
@@ -64,13 +64,17 @@ Q_SIGNALS:
 
 private:
     void connectHandler();
+    // Puts one entry in place; the caller holds the lock for writing.
+    void store(const FileData &data);
 
     // A plain reader-writer lock: cheap when uncontended, and visible to
     // thread checkers. Never held while a signal is emitted.
     mutable std::shared_mutex lock;
     UserInfo user;
     SyncInfo sync;
-    QMap<QString, FileData> files;
+    // Keyed by the exact cloud path. Nothing needs the entries in order, and
+    // a hash keeps the emblem lookups short among many long, alike paths.
+    QHash<QString, FileData> files;
     QTimer *saveTimer = nullptr;
 };
 

@@ -4,6 +4,8 @@
 #include "nubixglobal.h"
 #include "tcpclient.h"
 
+#include <QCborArray>
+#include <QCborMap>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -29,6 +31,35 @@ constexpr int kPgrepTimeoutMs = 30000;
 void warnUnexpectedArgs(const char *parser)
 {
     nubixWarning().noquote() << "NubixMessageHandler: Unexpected argument type for method" << QLatin1String(parser);
+}
+
+// Values of a parsed answer read as its variant map would give them: a value
+// of the wanted kind is taken as it is, any other goes through the variant
+// conversion of the JSON value it came from.
+QVariant variantOf(const QCborValue &value)
+{
+    return value.toJsonValue().toVariant();
+}
+
+QString stringOf(const QCborValue &value)
+{
+    return value.isString() ? value.toString() : variantOf(value).toString();
+}
+
+bool boolOf(const QCborValue &value)
+{
+    return value.isBool() ? value.toBool() : variantOf(value).toBool();
+}
+
+qint64 int64Of(const QCborValue &value)
+{
+    return value.isInteger() ? value.toInteger() : variantOf(value).toLongLong();
+}
+
+qint32 int32Of(const QCborValue &value)
+{
+    // Cut to 32 bits as the variant conversion does.
+    return value.isInteger() ? qint32(value.toInteger()) : variantOf(value).toInt();
 }
 
 SyncQuantity toSyncQuantity(const QVariantMap &map)
@@ -514,25 +545,25 @@ void NubixMessageHandler::parseResponseSyncInfo(const QString &key, const QJsonO
 void NubixMessageHandler::parseResponseFileStatus(const QString &key, const QJsonObject &answer)
 {
     // Answers run to tens of thousands of entries, so the answer is not turned
-    // into a variant map first; each value gets the same variant conversion
-    // that map would have given it.
+    // into a variant map first; it is read through the parsed document's own
+    // representation, each value converted as that map would have given it.
     const int code = answer.value(QLatin1String("code")).toVariant().toInt();
     Q_UNUSED(code)
     // Anything but an array reads as an empty list, as with a variant map.
-    const QJsonArray result = answer.value(QLatin1String("result")).toArray();
+    const QCborArray result = QCborArray::fromJsonArray(answer.value(QLatin1String("result")).toArray());
 
     QList<FileData> datas;
-    datas.reserve(result.size());
-    for (const QJsonValue element : result) {
+    datas.reserve(int(result.size()));
+    for (const QCborValue element : result) {
         // Likewise an element that is not an object reads as an empty one.
-        const QJsonObject map = element.toObject();
+        const QCborMap map = element.toMap();
         FileData file;
-        file.fileId = map.value(QLatin1String("fileid")).toVariant().toLongLong();
-        file.isDir = map.value(QLatin1String("isDir")).toVariant().toBool();
-        file.path = map.value(QLatin1String("path")).toVariant().toString();
-        file.plan = map.value(QLatin1String("plan")).toVariant().toString();
-        file.planError = map.value(QLatin1String("plan_error")).toVariant().toInt();
-        file.planStatus = map.value(QLatin1String("plan_status")).toVariant().toInt();
+        file.fileId = int64Of(map.value(QLatin1String("fileid")));
+        file.isDir = boolOf(map.value(QLatin1String("isDir")));
+        file.path = stringOf(map.value(QLatin1String("path")));
+        file.plan = stringOf(map.value(QLatin1String("plan")));
+        file.planError = int32Of(map.value(QLatin1String("plan_error")));
+        file.planStatus = int32Of(map.value(QLatin1String("plan_status")));
         datas.append(file);
     }
     Q_EMIT sigResponseFileStatus(key, datas);

@@ -454,6 +454,22 @@ void TestRequests::readsFileStatus_data()
         << QVariantList {defaultsWith<FileData>(R"({"fileId":3000000000,"isDir":true,"path":"/b","planStatus":3})"),
                defaultsWith<FileData>(
                    R"({"fileId":9007199254740993,"path":"/a","plan":"download","planError":7,"planStatus":10})")};
+    // Values of another kind convert as variants do.
+    QVariantMap converted = toMap(FileData());
+    converted.insert(QStringLiteral("fileId"), QVariant(12.7).toLongLong());
+    converted.insert(QStringLiteral("isDir"), QVariant(QStringLiteral("true")).toBool());
+    converted.insert(QStringLiteral("path"), QVariant(Q_INT64_C(42)).toString());
+    converted.insert(QStringLiteral("plan"), QVariant(true).toString());
+    converted.insert(QStringLiteral("planError"), QVariant(Q_INT64_C(4294967297)).toInt());
+    converted.insert(QStringLiteral("planStatus"), QVariant(QStringLiteral("3")).toInt());
+    QTest::newRow("values of other kinds")
+        << QByteArray(R"({"result":[{"fileid":12.7,"isDir":"true","path":42,"plan":true,
+                                     "plan_error":4294967297,"plan_status":"3"}]})")
+        << QVariantList {converted};
+    QTest::newRow("nulls") << QByteArray(R"({"result":[{"fileid":null,"isDir":null,"path":null,"plan":null,
+                                                        "plan_error":null,"plan_status":null}]})")
+                           << QVariantList {toMap(FileData())};
+    QTest::newRow("result is an object") << QByteArray(R"({"result":{"path":"/x"}})") << QVariantList();
     QTest::newRow("empty list") << QByteArray(R"({"code":0,"result":[]})") << QVariantList();
     QTest::newRow("no result") << QByteArray(R"({"code":2})") << QVariantList();
     QTest::newRow("element of the wrong kind")

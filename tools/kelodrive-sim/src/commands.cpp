@@ -21,7 +21,7 @@ bool fail(QString *error, const QString &text)
 }
 
 // "on"/"off" style switches: returns 1, 0, or -1 when the word is neither.
-int switchValue(const QString &word, const QString &on, const QString &off)
+int switchValue(const QString &word, QLatin1String on, QLatin1String off)
 {
     if (word == on)
         return 1;
@@ -86,47 +86,42 @@ bool Simulator::execute(const QString &commandLine, QString *error)
     auto usage = [&] { return fail(error, QStringLiteral("wrong arguments for \"%1\"").arg(w)); };
     auto toInt = [](const QString &text, bool *ok) { return text.toLongLong(ok); };
 
-    if (w == QLatin1String("online") || w == QLatin1String("offline")) {
-        if (!needArgs(0, 0))
+    // State switches: a word that is the state itself ("offline"), or a word and a state ("answer on").
+    static const struct
+    {
+        const char *word;   // null when the command word is the state
+        const char *on;
+        const char *off;
+        void (Simulator::*set)(bool);
+    } switches[] = {
+        {nullptr, "online", "offline", &Simulator::setOnline},
+        {nullptr, "pause", "resume", &Simulator::setPaused},
+        {nullptr, "public", "enterprise", &Simulator::setPublicCloud},
+        {"local-space", "low", "ok", &Simulator::setLocalSpaceLow},
+        {"cloud-space", "low", "ok", &Simulator::setRemoteSpaceLow},
+        {"allowance", "empty", "ok", &Simulator::setFlowEmpty},
+        {"permission", "forbid", "ok", &Simulator::setLocalPermissionForbidden},
+        {"unknown-error", "on", "off", &Simulator::setUnknownError},
+        {"answer", "on", "off", &Simulator::setAnswering},
+    };
+    for (const auto &s : switches) {
+        const QLatin1String on(s.on), off(s.off);
+        if (s.word ? w != QLatin1String(s.word) : switchValue(w, on, off) < 0)
+            continue;
+        const int v
+            = s.word ? (needArgs(1, 1) ? switchValue(a.at(0), on, off) : -1) : (needArgs(0, 0) ? int(w == on) : -1);
+        if (v < 0)
             return usage();
-        setOnline(w == QLatin1String("online"));
-    } else if (w == QLatin1String("pause") || w == QLatin1String("resume")) {
-        if (!needArgs(0, 0))
-            return usage();
-        setPaused(w == QLatin1String("pause"));
-    } else if (w == QLatin1String("start")) {
+        (this->*s.set)(v == 1);
+        return true;
+    }
+
+    if (w == QLatin1String("start")) {
         if (!needArgs(0, 0))
             return usage();
         setPaused(false);
         rescan();
         notifyAll();
-    } else if (w == QLatin1String("local-space") || w == QLatin1String("cloud-space")) {
-        const int v = needArgs(1, 1) ? switchValue(a.at(0), QStringLiteral("low"), QStringLiteral("ok")) : -1;
-        if (v < 0)
-            return usage();
-        if (w == QLatin1String("local-space"))
-            setLocalSpaceLow(v == 1);
-        else
-            setRemoteSpaceLow(v == 1);
-    } else if (w == QLatin1String("allowance")) {
-        const int v = needArgs(1, 1) ? switchValue(a.at(0), QStringLiteral("empty"), QStringLiteral("ok")) : -1;
-        if (v < 0)
-            return usage();
-        setFlowEmpty(v == 1);
-    } else if (w == QLatin1String("permission")) {
-        const int v = needArgs(1, 1) ? switchValue(a.at(0), QStringLiteral("forbid"), QStringLiteral("ok")) : -1;
-        if (v < 0)
-            return usage();
-        setLocalPermissionForbidden(v == 1);
-    } else if (w == QLatin1String("unknown-error")) {
-        const int v = needArgs(1, 1) ? switchValue(a.at(0), QStringLiteral("on"), QStringLiteral("off")) : -1;
-        if (v < 0)
-            return usage();
-        setUnknownError(v == 1);
-    } else if (w == QLatin1String("public") || w == QLatin1String("enterprise")) {
-        if (!needArgs(0, 0))
-            return usage();
-        setPublicCloud(w == QLatin1String("public"));
     } else if (w == QLatin1String("quota")) {
         bool ok = false;
         const qint64 quota = needArgs(1, 1) ? toInt(a.at(0), &ok) : 0;
@@ -233,11 +228,6 @@ bool Simulator::execute(const QString &commandLine, QString *error)
         if (!ok || count < 0 || count > 10000000)
             return usage();
         sendBurst(int(count), a.value(1));
-    } else if (w == QLatin1String("answer")) {
-        const int v = needArgs(1, 1) ? switchValue(a.at(0), QStringLiteral("on"), QStringLiteral("off")) : -1;
-        if (v < 0)
-            return usage();
-        setAnswering(v == 1);
     } else if (w == QLatin1String("quit")) {
         Q_EMIT quitRequested();
     } else {

@@ -248,11 +248,16 @@ void SimulatorPrivate::applyFlags(const SyncFlags &newFlags, bool forcePush)
         q->notify(kNotifySyncErrors, syncErrorsJson());
 }
 
-void SimulatorPrivate::startSync()
+void SimulatorPrivate::setFlag(bool SyncFlags::*flag, bool on, bool forcePush)
 {
     SyncFlags f = flags;
-    f.isPaused = false;
-    applyFlags(f, true);
+    f.*flag = on;
+    applyFlags(f, forcePush);
+}
+
+void SimulatorPrivate::startSync()
+{
+    setFlag(&SyncFlags::isPaused, false, true);
     engine.rescan();
     q->notify(kNotifySyncInited, engine.hasRoot());
     q->notify(kNotifySyncQuantity, countsJson());
@@ -513,51 +518,37 @@ SyncFlags Simulator::flags() const
 
 void Simulator::setOnline(bool online)
 {
-    SyncFlags f = d->flags;
-    f.isOnline = online;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isOnline, online);
 }
 
 void Simulator::setPaused(bool paused)
 {
-    SyncFlags f = d->flags;
-    f.isPaused = paused;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isPaused, paused);
 }
 
 void Simulator::setLocalSpaceLow(bool low)
 {
-    SyncFlags f = d->flags;
-    f.isLocalSpaceLow = low;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isLocalSpaceLow, low);
 }
 
 void Simulator::setRemoteSpaceLow(bool low)
 {
-    SyncFlags f = d->flags;
-    f.isRemoteSpaceLow = low;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isRemoteSpaceLow, low);
 }
 
 void Simulator::setFlowEmpty(bool empty)
 {
-    SyncFlags f = d->flags;
-    f.isFlowEmpty = empty;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isFlowEmpty, empty);
 }
 
 void Simulator::setLocalPermissionForbidden(bool forbidden)
 {
-    SyncFlags f = d->flags;
-    f.isLocalPermitionForbid = forbidden;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isLocalPermitionForbid, forbidden);
 }
 
 void Simulator::setUnknownError(bool unknown)
 {
-    SyncFlags f = d->flags;
-    f.isUnknown = unknown;
-    setFlags(f);
+    d->setFlag(&SyncFlags::isUnknown, unknown);
 }
 
 SyncCounts Simulator::counts() const

@@ -35,6 +35,8 @@ public:
     void writePortFile();
     void broadcast(const QByteArray &framedBytes, bool isNotification);
     void applyFlags(const SyncFlags &flags, bool forcePush);
+    // Changes one flag; pushes "syncErrors" when it changed or when forced.
+    void setFlag(bool SyncFlags::*flag, bool on, bool forcePush = false);
     void updateBlocked();
     void startSync();
 

@@ -20,22 +20,15 @@ KeyedRegistry<ViewFactory::Creator> &registry()
 
 bool ViewFactory::regCreator(const QString &scheme, Creator creator, QString *errorString)
 {
-    if (!creator) {
-        const QString error = QStringLiteral("no creator given for the scheme \"%1\"").arg(scheme);
-        warnAt("ViewFactory::regCreator", error);
-        setError(errorString, error);
-        return false;
-    }
-    return registry().add(scheme, std::move(creator), "ViewFactory::regCreator", "scheme", errorString);
+    return registry().addCreator(scheme, std::move(creator), "ViewFactory::regCreator", "scheme", errorString);
 }
 
 AbstractBaseView *ViewFactory::create(const QUrl &url, QWidget *parent, QString *errorString)
 {
     Creator creator;
     if (!url.isValid() || !registry().find(url.scheme(), &creator)) {
-        const QString error = QStringLiteral("no view class is registered for the scheme \"%1\"").arg(url.scheme());
-        warnAt("ViewFactory::create", error);
-        setError(errorString, error);
+        warnAt("ViewFactory::create",
+            QStringLiteral("no view class is registered for the scheme \"%1\"").arg(url.scheme()), errorString);
         return nullptr;
     }
     return creator(url, parent);

@@ -2,7 +2,6 @@
 #include "hfmbase/abstractdiriterator.h"
 
 #include "hfmbase/infofactory.h"
-#include "hfmbase/metatypes.h"
 #include "keyedregistry.h"
 #include "localdiriterator.h"
 
@@ -33,26 +32,13 @@ void AbstractDirIterator::close() { }
 
 namespace {
 
-class IteratorRegistry : public KeyedRegistry<DirIteratorFactory::Creator>
+KeyedRegistry<DirIteratorFactory::Creator> &registry()
 {
-public:
-    IteratorRegistry()
-    {
-        registerMetaTypes();
-        add(
-            QStringLiteral("file"),
-            [](const QUrl &url, const QStringList &nameFilters, QDir::Filters filters,
-                QDirIterator::IteratorFlags flags) {
-                return AbstractDirIteratorPointer(new hfmio::LocalDirIterator(url, nameFilters, filters, flags));
-            },
-            "DirIteratorFactory::regCreator", "scheme", nullptr);
-    }
-};
-
-IteratorRegistry &registry()
-{
-    // Never destroyed: its creators may live in plug-ins unloaded before exit.
-    static auto *r = new IteratorRegistry;
+    static auto *r = makeSchemeRegistry<DirIteratorFactory::Creator>(
+        [](const QUrl &url, const QStringList &nameFilters, QDir::Filters filters, QDirIterator::IteratorFlags flags) {
+            return AbstractDirIteratorPointer(new hfmio::LocalDirIterator(url, nameFilters, filters, flags));
+        },
+        "DirIteratorFactory::regCreator");
     return *r;
 }
 
@@ -60,13 +46,7 @@ IteratorRegistry &registry()
 
 bool DirIteratorFactory::regCreator(const QString &scheme, Creator creator, QString *errorString)
 {
-    if (!creator) {
-        const QString error = QStringLiteral("no creator given for the scheme \"%1\"").arg(scheme);
-        warnAt("DirIteratorFactory::regCreator", error);
-        setError(errorString, error);
-        return false;
-    }
-    return registry().add(scheme, std::move(creator), "DirIteratorFactory::regCreator", "scheme", errorString);
+    return registry().addCreator(scheme, std::move(creator), "DirIteratorFactory::regCreator", "scheme", errorString);
 }
 
 AbstractDirIteratorPointer DirIteratorFactory::createIterator(const QUrl &url, const QStringList &nameFilters,
@@ -74,11 +54,10 @@ AbstractDirIteratorPointer DirIteratorFactory::createIterator(const QUrl &url, c
 {
     Creator creator;
     if (!url.isValid() || !registry().find(url.scheme(), &creator)) {
-        const QString error = url.isValid()
-            ? QStringLiteral("no iterator class is registered for the scheme \"%1\"").arg(url.scheme())
-            : QStringLiteral("cannot list the invalid URL \"%1\"").arg(url.toString());
-        warnAt("DirIteratorFactory::createIterator", error);
-        setError(errorString, error);
+        warnAt("DirIteratorFactory::createIterator",
+            url.isValid() ? QStringLiteral("no iterator class is registered for the scheme \"%1\"").arg(url.scheme())
+                          : QStringLiteral("cannot list the invalid URL \"%1\"").arg(url.toString()),
+            errorString);
         return {};
     }
     return creator(url, nameFilters, filters, flags);

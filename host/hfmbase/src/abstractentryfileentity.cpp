@@ -61,13 +61,7 @@ KeyedRegistry<EntryEntityFactory::Creator> &registry()
 
 bool EntryEntityFactory::regCreator(const QString &suffix, Creator creator, QString *errorString)
 {
-    if (!creator) {
-        const QString error = QStringLiteral("no creator given for the suffix \"%1\"").arg(suffix);
-        warnAt("EntryEntityFactory::regCreator", error);
-        setError(errorString, error);
-        return false;
-    }
-    return registry().add(suffix, std::move(creator), "EntryEntityFactory::regCreator", "suffix", errorString);
+    return registry().addCreator(suffix, std::move(creator), "EntryEntityFactory::regCreator", "suffix", errorString);
 }
 
 EntryEntityPointer EntryEntityFactory::create(const QUrl &entryUrl, QString *errorString)
@@ -75,9 +69,8 @@ EntryEntityPointer EntryEntityFactory::create(const QUrl &entryUrl, QString *err
     const QString suffix = suffixOf(entryUrl);
     Creator creator;
     if (suffix.isEmpty() || !registry().find(suffix, &creator)) {
-        const QString error = QStringLiteral("no entry class is registered for \"%1\"").arg(entryUrl.toString());
-        warnAt("EntryEntityFactory::create", error);
-        setError(errorString, error);
+        warnAt("EntryEntityFactory::create",
+            QStringLiteral("no entry class is registered for \"%1\"").arg(entryUrl.toString()), errorString);
         return {};
     }
     return EntryEntityPointer(creator(entryUrl));

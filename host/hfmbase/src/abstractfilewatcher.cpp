@@ -2,7 +2,6 @@
 #include "hfmbase/abstractfilewatcher.h"
 
 #include "hfmbase/abstractfilewatcherprivate.h"
-#include "hfmbase/metatypes.h"
 #include "keyedregistry.h"
 #include "localfilewatcher.h"
 
@@ -66,23 +65,11 @@ bool AbstractFileWatcher::isStarted() const
 
 namespace {
 
-class WatcherRegistry : public KeyedRegistry<WatcherFactory::Creator>
+KeyedRegistry<WatcherFactory::Creator> &registry()
 {
-public:
-    WatcherRegistry()
-    {
-        registerMetaTypes();
-        add(
-            QStringLiteral("file"),
-            [](const QUrl &url) { return AbstractFileWatcherPointer(new hfmio::LocalFileWatcher(url)); },
-            "WatcherFactory::regCreator", "scheme", nullptr);
-    }
-};
-
-WatcherRegistry &registry()
-{
-    // Never destroyed: its creators may live in plug-ins unloaded before exit.
-    static auto *r = new WatcherRegistry;
+    static auto *r = makeSchemeRegistry<WatcherFactory::Creator>(
+        [](const QUrl &url) { return AbstractFileWatcherPointer(new hfmio::LocalFileWatcher(url)); },
+        "WatcherFactory::regCreator");
     return *r;
 }
 
@@ -95,24 +82,17 @@ QUrl watcherKey(const QUrl &url)
 
 bool WatcherFactory::regCreator(const QString &scheme, Creator creator, QString *errorString)
 {
-    if (!creator) {
-        const QString error = QStringLiteral("no creator given for the scheme \"%1\"").arg(scheme);
-        warnAt("WatcherFactory::regCreator", error);
-        setError(errorString, error);
-        return false;
-    }
-    return registry().add(scheme, std::move(creator), "WatcherFactory::regCreator", "scheme", errorString);
+    return registry().addCreator(scheme, std::move(creator), "WatcherFactory::regCreator", "scheme", errorString);
 }
 
 AbstractFileWatcherPointer WatcherFactory::createWatcher(const QUrl &url, bool cache, QString *errorString)
 {
     Creator creator;
     if (!url.isValid() || !registry().find(url.scheme(), &creator)) {
-        const QString error = url.isValid()
-            ? QStringLiteral("no watcher class is registered for the scheme \"%1\"").arg(url.scheme())
-            : QStringLiteral("cannot watch the invalid URL \"%1\"").arg(url.toString());
-        warnAt("WatcherFactory::createWatcher", error);
-        setError(errorString, error);
+        warnAt("WatcherFactory::createWatcher",
+            url.isValid() ? QStringLiteral("no watcher class is registered for the scheme \"%1\"").arg(url.scheme())
+                          : QStringLiteral("cannot watch the invalid URL \"%1\"").arg(url.toString()),
+            errorString);
         return {};
     }
     WatcherCache &watchers = WatcherCache::instance();

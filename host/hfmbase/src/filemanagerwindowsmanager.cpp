@@ -62,10 +62,8 @@ FileManagerWindowsManager &FileManagerWindowsManager::instance()
 FileManagerWindow *FileManagerWindowsManager::createWindow(const QUrl &url, QString *errorString)
 {
     if (!url.isValid()) {
-        const QString error = QStringLiteral("cannot open a window at the invalid URL \"%1\"").arg(url.toString());
-        warnAt("FileManagerWindowsManager::createWindow", error);
-        if (errorString)
-            *errorString = error;
+        warnAt("FileManagerWindowsManager::createWindow",
+            QStringLiteral("cannot open a window at the invalid URL \"%1\"").arg(url.toString()), errorString);
         return nullptr;
     }
 

@@ -10,4 +10,11 @@ void warnAt(const char *where, const QString &text)
     qCWarning(logHfmbase, "%s: %s", where, qUtf8Printable(text));
 }
 
+void warnAt(const char *where, const QString &text, QString *errorString)
+{
+    warnAt(where, text);
+    if (errorString)
+        *errorString = text;
+}
+
 }   // namespace hfmbase

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "hfmbase/infofactory.h"
 
-#include "hfmbase/metatypes.h"
 #include "infofactory_p.h"
 #include "keyedregistry.h"
 #include "localfileinfo.h"
@@ -12,31 +11,21 @@ namespace hfmbase {
 
 namespace {
 
-const QString kFileScheme = QStringLiteral("file");
-
 struct InfoEntry
 {
     InfoFactory::Creator creator;
     InfoFactory::RegOptions options;
+    explicit operator bool() const { return bool(creator); }
 };
 
-class InfoRegistry : public KeyedRegistry<InfoEntry>
+FileInfoPointer createLocalInfo(const QUrl &url)
 {
-public:
-    InfoRegistry()
-    {
-        registerMetaTypes();
-        add(kFileScheme,
-            InfoEntry {[](const QUrl &url) { return FileInfoPointer(new hfmio::LocalFileInfo(url)); },
-                InfoFactory::RegOption::kNoOption},
-            "InfoFactory::regCreator", "scheme", nullptr);
-    }
-};
+    return FileInfoPointer(new hfmio::LocalFileInfo(url));
+}
 
-InfoRegistry &registry()
+KeyedRegistry<InfoEntry> &registry()
 {
-    // Never destroyed: its creators may live in plug-ins unloaded before exit.
-    static auto *r = new InfoRegistry;
+    static auto *r = makeSchemeRegistry(InfoEntry {createLocalInfo, {}}, "InfoFactory::regCreator");
     return *r;
 }
 
@@ -56,30 +45,22 @@ constexpr int kMaxCachedInfos = 100000;
 
 bool InfoFactory::regCreator(const QString &scheme, Creator creator, RegOptions options, QString *errorString)
 {
-    if (!creator) {
-        const QString error = QStringLiteral("no creator given for the scheme \"%1\"").arg(scheme);
-        warnAt("InfoFactory::regCreator", error);
-        setError(errorString, error);
-        return false;
-    }
-    return registry().add(
+    return registry().addCreator(
         scheme, InfoEntry {std::move(creator), options}, "InfoFactory::regCreator", "scheme", errorString);
 }
 
 FileInfoPointer InfoFactory::createInfo(const QUrl &url, CreateType type, QString *errorString)
 {
     if (!url.isValid() || url.scheme().isEmpty()) {
-        const QString error = QStringLiteral("cannot make an info for the invalid URL \"%1\"").arg(url.toString());
-        warnAt("InfoFactory::createInfo", error);
-        setError(errorString, error);
+        warnAt("InfoFactory::createInfo",
+            QStringLiteral("cannot make an info for the invalid URL \"%1\"").arg(url.toString()), errorString);
         return {};
     }
     const QString scheme = url.scheme();
     InfoEntry entry;
     if (!registry().find(scheme, &entry)) {
-        const QString error = QStringLiteral("no info class is registered for the scheme \"%1\"").arg(scheme);
-        warnAt("InfoFactory::createInfo", error);
-        setError(errorString, error);
+        warnAt("InfoFactory::createInfo",
+            QStringLiteral("no info class is registered for the scheme \"%1\"").arg(scheme), errorString);
         return {};
     }
 
@@ -91,8 +72,7 @@ FileInfoPointer InfoFactory::createInfo(const QUrl &url, CreateType type, QStrin
     }
     FileInfoPointer info = entry.creator(url);
     if (!info) {
-        const QString error = QStringLiteral("the creator of the scheme \"%1\" made no info").arg(scheme);
-        setError(errorString, error);
+        setError(errorString, QStringLiteral("the creator of the scheme \"%1\" made no info").arg(scheme));
         return {};
     }
     if (useCache)

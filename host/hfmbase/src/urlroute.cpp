@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "hfmbase/urlroute.h"
 
-#include "hfmbaselog.h"
-
-#include <QHash>
-#include <mutex>
-#include <shared_mutex>
+#include "keyedregistry.h"
 
 namespace hfmbase {
 
@@ -35,32 +31,9 @@ QString withoutTrailingSlash(const QString &path)
     return p;
 }
 
-class RouteTable
+KeyedRegistry<Route> &table()
 {
-public:
-    RouteTable()
-    {
-        // The host's own scheme is always there.
-        routes.insert(QStringLiteral("file"), Route {QStringLiteral("/"), QIcon(), false, QString()});
-    }
-
-    bool find(const QString &scheme, Route *out) const
-    {
-        std::shared_lock<std::shared_mutex> locker(lock);
-        auto it = routes.constFind(scheme);
-        if (it == routes.constEnd())
-            return false;
-        *out = it.value();
-        return true;
-    }
-
-    mutable std::shared_mutex lock;
-    QHash<QString, Route> routes;
-};
-
-RouteTable &table()
-{
-    static auto *t = new RouteTable;   // outlives every late reader at exit
+    static auto *t = makeSchemeRegistry(Route {QStringLiteral("/"), QIcon(), false, QString()}, "UrlRoute::regScheme");
     return *t;
 }
 
@@ -69,34 +42,18 @@ RouteTable &table()
 bool UrlRoute::regScheme(const QString &scheme, const QString &root, const QIcon &icon, bool isVirtual,
     const QString &displayName, QString *errorString)
 {
-    QString error;
-    if (scheme.isEmpty()) {
-        error = QStringLiteral("cannot register an empty scheme");
-    } else {
-        RouteTable &t = table();
-        std::unique_lock<std::shared_mutex> locker(t.lock);
-        if (!t.routes.contains(scheme)) {
-            t.routes.insert(scheme, Route {normalizedRoot(root), icon, isVirtual, displayName});
-            return true;
-        }
-        error = QStringLiteral("the scheme \"%1\" is already registered").arg(scheme);
-    }
-    warnAt("UrlRoute::regScheme", error);
-    if (errorString)
-        *errorString = error;
-    return false;
+    return table().add(scheme, Route {normalizedRoot(root), icon, isVirtual, displayName}, "UrlRoute::regScheme",
+        "scheme", errorString);
 }
 
 bool UrlRoute::hasScheme(const QString &scheme)
 {
-    std::shared_lock<std::shared_mutex> locker(table().lock);
-    return table().routes.contains(scheme);
+    return table().contains(scheme);
 }
 
 QStringList UrlRoute::schemes()
 {
-    std::shared_lock<std::shared_mutex> locker(table().lock);
-    return table().routes.keys();
+    return table().keys();
 }
 
 QUrl UrlRoute::rootUrl(const QString &scheme)

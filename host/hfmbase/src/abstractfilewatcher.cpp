@@ -4,9 +4,8 @@
 #include "hfmbase/abstractfilewatcherprivate.h"
 #include "keyedregistry.h"
 #include "localfilewatcher.h"
+#include "urlcache.h"
 
-#include <QSet>
-#include <QThread>
 #include <QWeakPointer>
 
 namespace hfmbase {
@@ -120,11 +119,9 @@ bool WatcherFactory::isRegistered(const QString &scheme)
 
 // Holds weak references: a watcher is shared while somebody uses it and goes
 // away with its last user.
-struct WatcherCache::Private
+struct WatcherCache::Private : UrlCache<QWeakPointer<AbstractFileWatcher>>
 {
-    mutable std::shared_mutex lock;
-    QSet<QString> disabledSchemes;
-    QHash<QUrl, QWeakPointer<AbstractFileWatcher>> watchers;
+    Private() : UrlCache(watcherKey) { }
 };
 
 WatcherCache::WatcherCache() : d(new Private) { }
@@ -143,55 +140,34 @@ WatcherCache &WatcherCache::instance()
 
 void WatcherCache::setCacheDisbale(const QString &scheme, bool disable)
 {
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    if (disable) {
-        d->disabledSchemes.insert(scheme);
-        for (auto it = d->watchers.begin(); it != d->watchers.end();) {
-            if (it.key().scheme() == scheme)
-                it = d->watchers.erase(it);
-            else
-                ++it;
-        }
-    } else {
-        d->disabledSchemes.remove(scheme);
-    }
+    d->setDisabled(scheme, disable);
 }
 
 bool WatcherCache::cacheDisable(const QString &scheme) const
 {
-    std::shared_lock<std::shared_mutex> locker(d->lock);
-    return d->disabledSchemes.contains(scheme);
+    return d->isDisabled(scheme);
 }
 
 AbstractFileWatcherPointer WatcherCache::getCacheWatcher(const QUrl &url) const
 {
-    std::shared_lock<std::shared_mutex> locker(d->lock);
-    if (d->disabledSchemes.contains(url.scheme()))
-        return {};
-    return d->watchers.value(watcherKey(url)).toStrongRef();
+    return d->value(url).toStrongRef();
 }
 
 void WatcherCache::cacheWatcher(const QUrl &url, const AbstractFileWatcherPointer &watcher)
 {
     if (!url.isValid() || !watcher)
         return;
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    if (d->disabledSchemes.contains(url.scheme()))
-        return;
-    // Forget watchers nobody uses any more before adding one.
-    for (auto it = d->watchers.begin(); it != d->watchers.end();) {
-        if (it.value().isNull())
-            it = d->watchers.erase(it);
-        else
-            ++it;
-    }
-    d->watchers.insert(watcherKey(url), watcher);
+    d->write(url, [&watcher](Private::Table &watchers, const QUrl &key) {
+        // Forget watchers nobody uses any more before adding one.
+        for (auto it = watchers.begin(); it != watchers.end();)
+            it = it.value().isNull() ? watchers.erase(it) : std::next(it);
+        watchers.insert(key, watcher);
+    });
 }
 
 void WatcherCache::removeCacheWatcher(const QUrl &url)
 {
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    d->watchers.remove(watcherKey(url));
+    d->remove(url);
 }
 
 }   // namespace hfmbase

@@ -4,8 +4,7 @@
 #include "infofactory_p.h"
 #include "keyedregistry.h"
 #include "localfileinfo.h"
-
-#include <QSet>
+#include "urlcache.h"
 
 namespace hfmbase {
 
@@ -99,11 +98,9 @@ FileInfoPointer createLocalEntryInfo(const QUrl &url, const QFileInfo &entry)
 
 // ---------------------------------------------------------------------------
 
-struct InfoCache::Private
+struct InfoCache::Private : UrlCache<FileInfoPointer>
 {
-    mutable std::shared_mutex lock;
-    QSet<QString> disabledSchemes;
-    QHash<QUrl, FileInfoPointer> infos;
+    Private() : UrlCache(cacheKey) { }
 };
 
 InfoCache::InfoCache() : d(new Private) { }
@@ -123,80 +120,60 @@ InfoCache &InfoCache::instance()
 
 void InfoCache::setCacheDisbale(const QString &scheme, bool disable)
 {
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    if (disable) {
-        d->disabledSchemes.insert(scheme);
-        // Drop what was kept so far: nothing of the scheme is served any more.
-        for (auto it = d->infos.begin(); it != d->infos.end();) {
-            if (it.key().scheme() == scheme)
-                it = d->infos.erase(it);
-            else
-                ++it;
-        }
-    } else {
-        d->disabledSchemes.remove(scheme);
-    }
+    d->setDisabled(scheme, disable);
 }
 
 bool InfoCache::cacheDisable(const QString &scheme) const
 {
-    std::shared_lock<std::shared_mutex> locker(d->lock);
-    return d->disabledSchemes.contains(scheme);
+    return d->isDisabled(scheme);
 }
 
 FileInfoPointer InfoCache::getCacheInfo(const QUrl &url) const
 {
-    std::shared_lock<std::shared_mutex> locker(d->lock);
-    if (d->disabledSchemes.contains(url.scheme()))
-        return {};
-    return d->infos.value(cacheKey(url));
+    return d->value(url);
 }
 
 void InfoCache::cacheInfo(const QUrl &url, const FileInfoPointer &info)
 {
     if (!url.isValid() || !info)
         return;
-    const QUrl key = cacheKey(url);
     FileInfoPointer replaced;   // destroyed after the lock is released
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    if (d->disabledSchemes.contains(url.scheme()))
-        return;
-    auto it = d->infos.find(key);
-    if (it != d->infos.end()) {
-        replaced.swap(it.value());
-        it.value() = info;
-        return;
-    }
-    if (d->infos.size() >= kMaxCachedInfos)
-        d->infos.clear();
-    d->infos.insert(key, info);
+    d->write(url, [&](Private::Table &infos, const QUrl &key) {
+        auto it = infos.find(key);
+        if (it != infos.end()) {
+            replaced.swap(it.value());
+            it.value() = info;
+            return;
+        }
+        if (infos.size() >= kMaxCachedInfos)
+            infos.clear();
+        infos.insert(key, info);
+    });
 }
 
 bool InfoCache::updateCacheInfo(const QUrl &url, const FileInfoPointer &info)
 {
     if (!info)
         return false;
-    const QUrl key = cacheKey(url);
     FileInfoPointer replaced;   // destroyed after the lock is released
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    auto it = d->infos.find(key);
-    if (it == d->infos.end())
-        return false;
-    replaced.swap(it.value());
-    it.value() = info;
-    return true;
+    d->write(url, [&](Private::Table &infos, const QUrl &key) {
+        auto it = infos.find(key);
+        if (it != infos.end()) {
+            replaced.swap(it.value());
+            it.value() = info;
+        }
+    });
+    return !replaced.isNull();   // kept infos are never null
 }
 
 void InfoCache::removeCacheInfo(const QUrl &url)
 {
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    d->infos.remove(cacheKey(url));
+    d->remove(url);
 }
 
 void InfoCache::clear()
 {
-    std::unique_lock<std::shared_mutex> locker(d->lock);
-    d->infos.clear();
+    d->clear();
 }
 
 }   // namespace hfmbase

@@ -62,79 +62,37 @@ QString FileInfo::absolutePath() const
     return UrlRoute::urlParent(url).path(QUrl::FullyDecoded);
 }
 
-QDateTime FileInfo::lastModified() const
-{
-    return QDateTime();
-}
+// What an info knows nothing about answers with the empty value of its type.
+#define EMPTY_ANSWER(Type, name)                                                                                       \
+    Type FileInfo::name() const                                                                                        \
+    {                                                                                                                  \
+        return Type();                                                                                                 \
+    }
 
-QDateTime FileInfo::lastRead() const
-{
-    return QDateTime();
-}
+EMPTY_ANSWER(QDateTime, lastModified)
+EMPTY_ANSWER(QDateTime, lastRead)
+EMPTY_ANSWER(QDateTime, birthTime)
+EMPTY_ANSWER(bool, isFile)
+EMPTY_ANSWER(bool, isDir)
+EMPTY_ANSWER(bool, isSymLink)
+EMPTY_ANSWER(bool, isReadable)
+EMPTY_ANSWER(bool, isWritable)
+EMPTY_ANSWER(bool, isExecutable)
+EMPTY_ANSWER(QFileDevice::Permissions, permissions)
+EMPTY_ANSWER(QString, owner)
+EMPTY_ANSWER(QMimeType, mimeType)
+EMPTY_ANSWER(QIcon, fileIcon)
 
-QDateTime FileInfo::birthTime() const
-{
-    return QDateTime();
-}
-
-bool FileInfo::isFile() const
-{
-    return false;
-}
-
-bool FileInfo::isDir() const
-{
-    return false;
-}
-
-bool FileInfo::isSymLink() const
-{
-    return false;
-}
+#undef EMPTY_ANSWER
 
 bool FileInfo::isHidden() const
 {
     return fileName().startsWith(QLatin1Char('.'));
 }
 
-bool FileInfo::isReadable() const
-{
-    return false;
-}
-
-bool FileInfo::isWritable() const
-{
-    return false;
-}
-
-bool FileInfo::isExecutable() const
-{
-    return false;
-}
-
-QFileDevice::Permissions FileInfo::permissions() const
-{
-    return {};
-}
-
-QString FileInfo::owner() const
-{
-    return QString();
-}
-
-QMimeType FileInfo::mimeType() const
-{
-    return QMimeType();
-}
-
 QString FileInfo::mimeTypeName() const
 {
     return mimeType().name();
-}
-
-QIcon FileInfo::fileIcon() const
-{
-    return QIcon();
 }
 
 int FileInfo::countChildFile() const
@@ -180,15 +138,48 @@ QUrl ProxyFileInfo::fileUrl() const
     return url;
 }
 
-QUrl ProxyFileInfo::urlOf(FileUrlInfoType type) const
-{
-    return proxy ? proxy->urlOf(type) : QUrl();
-}
+// Each query asks the proxy; without one the answer is the empty value of
+// its type.
+#define PROXY_QUERY(Type, name)                                                                                        \
+    Type ProxyFileInfo::name() const                                                                                   \
+    {                                                                                                                  \
+        return proxy ? proxy->name() : Type();                                                                         \
+    }
+#define PROXY_QUERY_OF(Type, name, Arg)                                                                                \
+    Type ProxyFileInfo::name(Arg arg) const                                                                            \
+    {                                                                                                                  \
+        return proxy ? proxy->name(arg) : Type();                                                                      \
+    }
 
-bool ProxyFileInfo::exists() const
-{
-    return proxy && proxy->exists();
-}
+PROXY_QUERY_OF(QUrl, urlOf, FileUrlInfoType)
+PROXY_QUERY(bool, exists)
+PROXY_QUERY(QString, fileName)
+PROXY_QUERY(QString, baseName)
+PROXY_QUERY(QString, suffix)
+PROXY_QUERY(QString, displayName)
+PROXY_QUERY(QString, absoluteFilePath)
+PROXY_QUERY(QString, absolutePath)
+PROXY_QUERY(qint64, size)
+PROXY_QUERY(QDateTime, lastModified)
+PROXY_QUERY(QDateTime, lastRead)
+PROXY_QUERY(QDateTime, birthTime)
+PROXY_QUERY(bool, isFile)
+PROXY_QUERY(bool, isDir)
+PROXY_QUERY(bool, isSymLink)
+PROXY_QUERY(bool, isHidden)
+PROXY_QUERY(bool, isReadable)
+PROXY_QUERY(bool, isWritable)
+PROXY_QUERY(bool, isExecutable)
+PROXY_QUERY(QFileDevice::Permissions, permissions)
+PROXY_QUERY(QString, owner)
+PROXY_QUERY(QMimeType, mimeType)
+PROXY_QUERY(QString, mimeTypeName)
+PROXY_QUERY(QIcon, fileIcon)
+PROXY_QUERY_OF(bool, canAttributes, FileCanType)
+PROXY_QUERY_OF(QString, viewOfTip, ViewType)
+
+#undef PROXY_QUERY
+#undef PROXY_QUERY_OF
 
 void ProxyFileInfo::refresh()
 {
@@ -196,129 +187,9 @@ void ProxyFileInfo::refresh()
         proxy->refresh();
 }
 
-QString ProxyFileInfo::fileName() const
-{
-    return proxy ? proxy->fileName() : QString();
-}
-
-QString ProxyFileInfo::baseName() const
-{
-    return proxy ? proxy->baseName() : QString();
-}
-
-QString ProxyFileInfo::suffix() const
-{
-    return proxy ? proxy->suffix() : QString();
-}
-
-QString ProxyFileInfo::displayName() const
-{
-    return proxy ? proxy->displayName() : QString();
-}
-
-QString ProxyFileInfo::absoluteFilePath() const
-{
-    return proxy ? proxy->absoluteFilePath() : QString();
-}
-
-QString ProxyFileInfo::absolutePath() const
-{
-    return proxy ? proxy->absolutePath() : QString();
-}
-
-qint64 ProxyFileInfo::size() const
-{
-    return proxy ? proxy->size() : 0;
-}
-
-QDateTime ProxyFileInfo::lastModified() const
-{
-    return proxy ? proxy->lastModified() : QDateTime();
-}
-
-QDateTime ProxyFileInfo::lastRead() const
-{
-    return proxy ? proxy->lastRead() : QDateTime();
-}
-
-QDateTime ProxyFileInfo::birthTime() const
-{
-    return proxy ? proxy->birthTime() : QDateTime();
-}
-
-bool ProxyFileInfo::isFile() const
-{
-    return proxy && proxy->isFile();
-}
-
-bool ProxyFileInfo::isDir() const
-{
-    return proxy && proxy->isDir();
-}
-
-bool ProxyFileInfo::isSymLink() const
-{
-    return proxy && proxy->isSymLink();
-}
-
-bool ProxyFileInfo::isHidden() const
-{
-    return proxy && proxy->isHidden();
-}
-
-bool ProxyFileInfo::isReadable() const
-{
-    return proxy && proxy->isReadable();
-}
-
-bool ProxyFileInfo::isWritable() const
-{
-    return proxy && proxy->isWritable();
-}
-
-bool ProxyFileInfo::isExecutable() const
-{
-    return proxy && proxy->isExecutable();
-}
-
-QFileDevice::Permissions ProxyFileInfo::permissions() const
-{
-    return proxy ? proxy->permissions() : QFileDevice::Permissions();
-}
-
-QString ProxyFileInfo::owner() const
-{
-    return proxy ? proxy->owner() : QString();
-}
-
-QMimeType ProxyFileInfo::mimeType() const
-{
-    return proxy ? proxy->mimeType() : QMimeType();
-}
-
-QString ProxyFileInfo::mimeTypeName() const
-{
-    return proxy ? proxy->mimeTypeName() : QString();
-}
-
-QIcon ProxyFileInfo::fileIcon() const
-{
-    return proxy ? proxy->fileIcon() : QIcon();
-}
-
 int ProxyFileInfo::countChildFile() const
 {
     return proxy ? proxy->countChildFile() : -1;
-}
-
-bool ProxyFileInfo::canAttributes(FileCanType type) const
-{
-    return proxy && proxy->canAttributes(type);
-}
-
-QString ProxyFileInfo::viewOfTip(ViewType type) const
-{
-    return proxy ? proxy->viewOfTip(type) : QString();
 }
 
 }   // namespace hfmbase

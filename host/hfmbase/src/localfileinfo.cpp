@@ -56,23 +56,32 @@ void LocalFileInfo::refresh()
     icon = QIcon();
 }
 
-QString LocalFileInfo::fileName() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.fileName();
-}
+// The status held at construction (or since the last refresh()), read under
+// the lock.
+#define LOCKED_STATUS(Type, name)                                                                                      \
+    Type LocalFileInfo::name() const                                                                                   \
+    {                                                                                                                  \
+        std::lock_guard<std::mutex> locker(mutex);                                                                     \
+        return info.name();                                                                                            \
+    }
 
-QString LocalFileInfo::baseName() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.baseName();
-}
+LOCKED_STATUS(QString, fileName)
+LOCKED_STATUS(QString, baseName)
+LOCKED_STATUS(QString, suffix)
+LOCKED_STATUS(qint64, size)
+LOCKED_STATUS(QDateTime, lastModified)
+LOCKED_STATUS(QDateTime, lastRead)
+LOCKED_STATUS(QDateTime, birthTime)
+LOCKED_STATUS(bool, isFile)
+LOCKED_STATUS(bool, isDir)
+LOCKED_STATUS(bool, isSymLink)
+LOCKED_STATUS(bool, isReadable)
+LOCKED_STATUS(bool, isWritable)
+LOCKED_STATUS(bool, isExecutable)
+LOCKED_STATUS(QFileDevice::Permissions, permissions)
+LOCKED_STATUS(QString, owner)
 
-QString LocalFileInfo::suffix() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.suffix();
-}
+#undef LOCKED_STATUS
 
 QString LocalFileInfo::displayName() const
 {
@@ -93,82 +102,10 @@ QString LocalFileInfo::absolutePath() const
     return info.filePath().isEmpty() ? QString() : info.absolutePath();
 }
 
-qint64 LocalFileInfo::size() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.size();
-}
-
-QDateTime LocalFileInfo::lastModified() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.lastModified();
-}
-
-QDateTime LocalFileInfo::lastRead() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.lastRead();
-}
-
-QDateTime LocalFileInfo::birthTime() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.birthTime();
-}
-
-bool LocalFileInfo::isFile() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.isFile();
-}
-
-bool LocalFileInfo::isDir() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.isDir();
-}
-
-bool LocalFileInfo::isSymLink() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.isSymLink();
-}
-
 bool LocalFileInfo::isHidden() const
 {
     std::lock_guard<std::mutex> locker(mutex);
     return !info.filePath().isEmpty() && info.isHidden();
-}
-
-bool LocalFileInfo::isReadable() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.isReadable();
-}
-
-bool LocalFileInfo::isWritable() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.isWritable();
-}
-
-bool LocalFileInfo::isExecutable() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.isExecutable();
-}
-
-QFileDevice::Permissions LocalFileInfo::permissions() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.permissions();
-}
-
-QString LocalFileInfo::owner() const
-{
-    std::lock_guard<std::mutex> locker(mutex);
-    return info.owner();
 }
 
 QMimeType LocalFileInfo::mimeType() const

@@ -9,74 +9,28 @@ PluginMetaObject::PluginMetaObject() : d(new Private) { }
 
 PluginMetaObject::~PluginMetaObject() = default;
 
-QString PluginMetaObject::fileName() const
-{
-    return d->fileName;
-}
+// Each accessor hands out one field the framework filled in.
+#define META_FIELD(Type, name, field)                                                                                  \
+    Type PluginMetaObject::name() const                                                                                \
+    {                                                                                                                  \
+        return d->field;                                                                                               \
+    }
 
-QString PluginMetaObject::iid() const
-{
-    return d->iid;
-}
+META_FIELD(QString, fileName, fileName)
+META_FIELD(QString, iid, iid)
+META_FIELD(QString, name, name)
+META_FIELD(QString, version, version)
+META_FIELD(QString, compatVersion, compatVersion)
+META_FIELD(QString, category, category)
+META_FIELD(QString, description, description)
+META_FIELD(QStringList, license, license)
+META_FIELD(QList<PluginMetaObject::Depend>, depends, depends)
+META_FIELD(QJsonObject, customData, customData)
+META_FIELD(QJsonObject, metaData, metaData)
+META_FIELD(PluginMetaObject::State, pluginState, state)
+META_FIELD(QString, errorString, errorString)
+META_FIELD(Plugin *, plugin, plugin)
 
-QString PluginMetaObject::name() const
-{
-    return d->name;
-}
-
-QString PluginMetaObject::version() const
-{
-    return d->version;
-}
-
-QString PluginMetaObject::compatVersion() const
-{
-    return d->compatVersion;
-}
-
-QString PluginMetaObject::category() const
-{
-    return d->category;
-}
-
-QString PluginMetaObject::description() const
-{
-    return d->description;
-}
-
-QStringList PluginMetaObject::license() const
-{
-    return d->license;
-}
-
-QList<PluginMetaObject::Depend> PluginMetaObject::depends() const
-{
-    return d->depends;
-}
-
-QJsonObject PluginMetaObject::customData() const
-{
-    return d->customData;
-}
-
-QJsonObject PluginMetaObject::metaData() const
-{
-    return d->metaData;
-}
-
-PluginMetaObject::State PluginMetaObject::pluginState() const
-{
-    return d->state;
-}
-
-QString PluginMetaObject::errorString() const
-{
-    return d->errorString;
-}
-
-Plugin *PluginMetaObject::plugin() const
-{
-    return d->plugin;
-}
+#undef META_FIELD
 
 }   // namespace hpf

@@ -2,9 +2,41 @@
 #include "rawclient.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QTest>
 #include <QUuid>
+
+#include <algorithm>
+
+bool writeFile(const QString &path, const QByteArray &content)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonValue follow(QJsonValue value, const QString &path)
+{
+    const QStringList parts = path.split(QLatin1Char('.'));
+    for (const QString &part : parts) {
+        if (part == u"#size"_s)
+            return value.isArray() ? value.toArray().size() : value.toObject().size();
+        bool isIndex = false;
+        const int index = part.toInt(&isIndex);
+        value = isIndex ? value.toArray().at(index) : value.toObject().value(part);
+    }
+    return value;
+}
 
 RawClient::RawClient(QObject *parent) : QObject(parent)
 {
@@ -13,7 +45,7 @@ RawClient::RawClient(QObject *parent) : QObject(parent)
 
 bool RawClient::connectTo(quint16 port, int timeoutMs)
 {
-    m_socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+    m_socket.connectToHost(u"127.0.0.1"_s, port);
     return QTest::qWaitFor([this] { return m_socket.state() == QAbstractSocket::ConnectedState; }, timeoutMs);
 }
 
@@ -22,28 +54,43 @@ bool RawClient::waitForDisconnected(int timeoutMs)
     return QTest::qWaitFor([this] { return m_socket.state() == QAbstractSocket::UnconnectedState; }, timeoutMs);
 }
 
-void RawClient::sendEnvelope(const QString &type, const QJsonObject &body, bool indented)
+static QByteArray frame(const QString &type, const QJsonObject &body, bool indented)
 {
-    QJsonObject env;
-    env.insert(QStringLiteral("type"), type);
-    env.insert(QStringLiteral("data"), body);
-    sendRaw(QJsonDocument(env).toJson(indented ? QJsonDocument::Indented : QJsonDocument::Compact) + '\x0c');
+    const QJsonObject env {{u"type"_s, type}, {u"data"_s, body}};
+    return QJsonDocument(env).toJson(indented ? QJsonDocument::Indented : QJsonDocument::Compact) + '\x0c';
 }
 
-QString RawClient::request(const QString &method, const QJsonObject &data, bool indented)
+void RawClient::sendEnvelope(const QString &type, const QJsonObject &body, bool indented)
 {
-    QString key = QUuid::createUuid().toString();
-    key.chop(1);
-    QJsonObject body;
-    body.insert(QStringLiteral("from"), QStringLiteral("client"));
-    body.insert(QStringLiteral("to"), QStringLiteral("server"));
-    body.insert(QStringLiteral("method"), method);
-    body.insert(QStringLiteral("data"), data);
-    body.insert(QStringLiteral("version"), 1);
-    body.insert(QStringLiteral("key"), key);
-    body.insert(QStringLiteral("timestamp"), QDateTime::currentMSecsSinceEpoch());
-    sendEnvelope(QStringLiteral("ping"), body, indented);
-    return key;
+    sendRaw(frame(type, body, indented));
+}
+
+QByteArray RawClient::requestFrame(const QString &method, const QJsonObject &data, const QString &key, bool indented)
+{
+    const QJsonObject body {{u"from"_s, u"client"_s}, {u"to"_s, u"server"_s}, {u"method"_s, method}, {u"data"_s, data},
+        {u"version"_s, 1}, {u"key"_s, key}, {u"timestamp"_s, QDateTime::currentMSecsSinceEpoch()}};
+    return frame(u"ping"_s, body, indented);
+}
+
+QString RawClient::request(const QString &method, const QJsonObject &data, bool indented, const QString &key)
+{
+    const QString k = key.isEmpty() ? QUuid::createUuid().toString().chopped(1) : key;
+    sendRaw(requestFrame(method, data, k, indented));
+    return k;
+}
+
+QJsonValue RawClient::call(const QString &method, const QJsonObject &data)
+{
+    return follow(waitForResponse(request(method, data)), u"data.result"_s);
+}
+
+void RawClient::reply(const QJsonObject &question, const QJsonObject &data)
+{
+    QJsonObject body = question;
+    body.insert(u"from"_s, u"client"_s);
+    body.insert(u"to"_s, u"server"_s);
+    body.insert(u"data"_s, data);
+    sendEnvelope(u"pong"_s, body);
 }
 
 void RawClient::sendRaw(const QByteArray &bytes)
@@ -66,36 +113,44 @@ void RawClient::onReadyRead()
     }
 }
 
-QJsonObject RawClient::waitForResponse(const QString &key, int timeoutMs)
+QJsonObject RawClient::waitForEnvelope(const std::function<bool(const QJsonObject &)> &accept, int timeoutMs)
 {
     QJsonObject found;
-    const bool answered = QTest::qWaitFor(
+    const bool seen = QTest::qWaitFor(
         [&] {
-            for (const QJsonObject &env : qAsConst(envelopes)) {
-                const QJsonObject body = env.value(QStringLiteral("data")).toObject();
-                if (env.value(QStringLiteral("type")).toString() == QStringLiteral("pong")
-                    && body.value(QStringLiteral("key")).toString() == key) {
-                    found = body;
-                    return true;
-                }
-            }
-            return false;
+            const auto it = std::find_if(envelopes.cbegin(), envelopes.cend(), accept);
+            found = it == envelopes.cend() ? QJsonObject() : *it;
+            return it != envelopes.cend();
         },
         timeoutMs);
-    return answered ? found : QJsonObject();
+    return seen ? found : QJsonObject();
+}
+
+QJsonObject RawClient::waitForResponse(const QString &key, int timeoutMs)
+{
+    const QJsonObject env = waitForEnvelope(
+        [&](const QJsonObject &e) {
+            return e.value(u"type"_s).toString() == u"pong"_s && follow(e, u"data.key"_s).toString() == key;
+        },
+        timeoutMs);
+    return env.value(u"data"_s).toObject();
+}
+
+// The args of a notification of this type, or undefined.
+static QJsonValue argsOf(const QJsonObject &env, const QString &type)
+{
+    if (env.value(u"type"_s).toString() != u"ping"_s || follow(env, u"data.method"_s).toString() != u"notify"_s
+        || follow(env, u"data.data.type"_s).toString() != type)
+        return QJsonValue(QJsonValue::Undefined);
+    return follow(env, u"data.data.args"_s);
 }
 
 QList<QJsonValue> RawClient::notifications(const QString &type) const
 {
     QList<QJsonValue> out;
     for (const QJsonObject &env : envelopes) {
-        const QJsonObject body = env.value(QStringLiteral("data")).toObject();
-        if (env.value(QStringLiteral("type")).toString() != QStringLiteral("ping")
-            || body.value(QStringLiteral("method")).toString() != QStringLiteral("notify"))
-            continue;
-        const QJsonObject data = body.value(QStringLiteral("data")).toObject();
-        if (data.value(QStringLiteral("type")).toString() == type)
-            out.append(data.value(QStringLiteral("args")));
+        if (const QJsonValue args = argsOf(env, type); !args.isUndefined())
+            out.append(args);
     }
     return out;
 }
@@ -103,29 +158,25 @@ QList<QJsonValue> RawClient::notifications(const QString &type) const
 QJsonValue RawClient::waitForNotification(
     const QString &type, const std::function<bool(const QJsonValue &)> &accept, int timeoutMs)
 {
-    QJsonValue found = QJsonValue(QJsonValue::Undefined);
-    const bool arrived = QTest::qWaitFor(
-        [&] {
-            const QList<QJsonValue> all = notifications(type);
-            for (const QJsonValue &args : all) {
-                if (!accept || accept(args)) {
-                    found = args;
-                    return true;
-                }
-            }
-            return false;
-        },
-        timeoutMs);
-    return arrived ? found : QJsonValue(QJsonValue::Undefined);
+    const auto wanted = [&](const QJsonObject &env) {
+        const QJsonValue args = argsOf(env, type);
+        return !args.isUndefined() && (!accept || accept(args));
+    };
+    return argsOf(waitForEnvelope(wanted, timeoutMs), type);
 }
 
 QList<int> RawClient::statusesOf(const QString &path) const
 {
     QList<int> out;
-    const QList<QJsonValue> all = notifications(QStringLiteral("fileSyncStatus"));
-    for (const QJsonValue &args : all) {
-        if (args.toObject().value(QStringLiteral("path")).toString() == path)
-            out.append(args.toObject().value(QStringLiteral("plan_status")).toInt());
+    for (const QJsonValue &args : notifications(u"fileSyncStatus"_s)) {
+        if (args.toObject().value(u"path"_s).toString() == path)
+            out.append(args.toObject().value(u"plan_status"_s).toInt());
     }
     return out;
+}
+
+int RawClient::lastStatus(const QString &path) const
+{
+    const QList<int> statuses = statusesOf(path);
+    return statuses.isEmpty() ? -1 : statuses.last();
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The simulator's small parts on their own: framing, command lines, cloud paths, port file.
-#include "rawclient.h"   // for the _s literal
+#include "rawclient.h"   // the _s literal and file helpers
 
 #include "commandline.h"
 #include "framereader.h"
@@ -12,6 +12,7 @@
 #include <QTest>
 
 using namespace kelodrive;
+using Bytes = QList<QByteArray>;
 
 class SimulatorPartsTest : public QObject
 {
@@ -30,34 +31,28 @@ private Q_SLOTS:
 
 void SimulatorPartsTest::framesAcrossChunks_data()
 {
-    QTest::addColumn<QList<QByteArray>>("chunks");
-    QTest::addColumn<QList<QByteArray>>("frames");
+    QTest::addColumn<Bytes>("chunks");
+    QTest::addColumn<Bytes>("frames");
     QTest::addColumn<int>("pending");
 
-    QTest::newRow("one frame") << QList<QByteArray> {"abc\x0c"} << QList<QByteArray> {"abc"} << 0;
-    QTest::newRow("two frames in one chunk") << QList<QByteArray> {"a\x0c"
-                                                                   "b\x0c"}
-                                             << QList<QByteArray> {"a", "b"} << 0;
-    QTest::newRow("frame split over three chunks")
-        << QList<QByteArray> {"ab", "cd", "e\x0c"} << QList<QByteArray> {"abcde"} << 0;
-    QTest::newRow("delimiter alone in a chunk") << QList<QByteArray> {"abc", "\x0c"} << QList<QByteArray> {"abc"} << 0;
-    QTest::newRow("empty frames kept") << QList<QByteArray> {"\x0c\x0c"} << QList<QByteArray> {"", ""} << 0;
-    QTest::newRow("tail waits for its delimiter") << QList<QByteArray> {"a\x0c"
-                                                                        "bc"}
-                                                  << QList<QByteArray> {"a"} << 2;
-    QTest::newRow("no delimiter at all") << QList<QByteArray> {"xyz", "uvw"} << QList<QByteArray> {} << 6;
-    QTest::newRow("multi-byte character split")
-        << QList<QByteArray> {"\xc3", "\xa9\x0c"} << QList<QByteArray> {"\xc3\xa9"} << 0;
+    QTest::newRow("one frame") << Bytes {"abc\f"} << Bytes {"abc"} << 0;
+    QTest::newRow("two frames in one chunk") << Bytes {"a\fb\f"} << Bytes {"a", "b"} << 0;
+    QTest::newRow("frame split over three chunks") << Bytes {"ab", "cd", "e\f"} << Bytes {"abcde"} << 0;
+    QTest::newRow("delimiter alone in a chunk") << Bytes {"abc", "\f"} << Bytes {"abc"} << 0;
+    QTest::newRow("empty frames kept") << Bytes {"\f\f"} << Bytes {"", ""} << 0;
+    QTest::newRow("tail waits for its delimiter") << Bytes {"a\fbc"} << Bytes {"a"} << 2;
+    QTest::newRow("no delimiter at all") << Bytes {"xyz", "uvw"} << Bytes {} << 6;
+    QTest::newRow("multi-byte character split") << Bytes {"\xc3", "\xa9\f"} << Bytes {"\xc3\xa9"} << 0;
 }
 
 void SimulatorPartsTest::framesAcrossChunks()
 {
-    QFETCH(QList<QByteArray>, chunks);
-    QFETCH(QList<QByteArray>, frames);
+    QFETCH(Bytes, chunks);
+    QFETCH(Bytes, frames);
     QFETCH(int, pending);
 
     FrameReader reader;
-    QList<QByteArray> got;
+    Bytes got;
     for (const QByteArray &chunk : qAsConst(chunks))
         got += reader.feed(chunk);
     QCOMPARE(got, frames);
@@ -156,10 +151,7 @@ void SimulatorPartsTest::portFileRoundTrip()
     QTemporaryDir dir;
     const QString path = dir.path() + u"/deep/App Data/ipc"_s;
     QVERIFY(portfile::write(path, 4242));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), QByteArray("4242\n"));
-    file.close();
+    QCOMPARE(readFile(path), QByteArray("4242\n"));
     QCOMPARE(portfile::read(path), quint16(4242));
     // No temporary file is left beside it.
     QCOMPARE(QDir(dir.path() + u"/deep/App Data"_s).entryList(QDir::Files), QStringList {u"ipc"_s});

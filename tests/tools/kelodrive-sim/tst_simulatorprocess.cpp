@@ -11,18 +11,6 @@
 
 #include <csignal>
 
-namespace {
-
-quint16 readPortFile(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    return quint16(file.readLine().trimmed().toUInt());
-}
-
-}   // namespace
-
 class SimulatorProcessTest : public QObject
 {
     Q_OBJECT
@@ -41,8 +29,9 @@ private Q_SLOTS:
 
 private:
     QString portFile() const { return m_home->path() + u"/.config/kelodrive/App Data/ipc"_s; }
-    // Starts the program (through program, a path or link) and waits for its port file.
-    quint16 launch(const QString &program, const QStringList &args = {});
+    quint16 portInFile() const { return quint16(readFile(portFile()).trimmed().toUInt()); }
+    // Starts the program (or a link to it) and waits for its port file.
+    quint16 launch(const QStringList &args = {}, const QString &program = QString::fromUtf8(KELODRIVE_SIM_EXE));
     // Whether the program has ended by now or does within the time (it may end during
     // an earlier wait, which waitForFinished alone would count as a failure).
     bool waitForExit(int timeoutMs = 10000);
@@ -88,14 +77,14 @@ void SimulatorProcessTest::cleanup()
     m_home.reset();
 }
 
-quint16 SimulatorProcessTest::launch(const QString &program, const QStringList &args)
+quint16 SimulatorProcessTest::launch(const QStringList &args, const QString &program)
 {
     m_process->start(program, args);
     if (!m_process->waitForStarted())
         return 0;
     quint16 port = 0;
-    const bool seen = QTest::qWaitFor(
-        [&] { return (port = readPortFile(portFile())) != 0 || m_process->state() != QProcess::Running; }, 10000);
+    const bool seen
+        = QTest::qWaitFor([&] { return (port = portInFile()) != 0 || m_process->state() != QProcess::Running; }, 10000);
     return seen ? port : 0;
 }
 
@@ -122,25 +111,21 @@ void SimulatorProcessTest::servesAndCleansUp()
         QVERIFY(QFile::link(program, link));
         program = link;
     }
-    const quint16 port = launch(program, {u"--pace-ms"_s, u"10"_s});
+    const quint16 port = launch({u"--pace-ms"_s, u"10"_s}, program);
     QVERIFY(port != 0);
 
     RawClient client;
     QVERIFY(client.connectTo(port));
-    const QJsonObject info = client.waitForResponse(client.request(u"getSyncInfo"_s));
-    const QJsonObject result = info.value(u"data").toObject().value(u"result").toObject();
+    const QJsonObject result = client.call(u"getSyncInfo"_s).toObject();
     QCOMPARE(result.value(u"syncRoot").toString(), m_home->path() + u"/Kelo Drive"_s);
     QVERIFY(result.value(u"syncInited").toBool());
     QVERIFY(QFileInfo(m_home->path() + u"/Kelo Drive"_s).isDir());
 
     // It asked for the plug-in's version; answer as the plug-in does and see it logged.
     QTRY_VERIFY(!client.envelopes.isEmpty());
-    QJsonObject question = client.envelopes.first().value(u"data").toObject();
+    const QJsonObject question = client.envelopes.first().value(u"data").toObject();
     QCOMPARE(question.value(u"method").toString(), u"getPluginInfo"_s);
-    QJsonObject version;
-    version.insert(u"version", u"1.0.7"_s);
-    question.insert(u"data", version);
-    client.sendEnvelope(u"pong"_s, question);
+    client.reply(question, {{u"version"_s, u"1.0.7"_s}});
     QTRY_VERIFY(m_err.contains("runs plug-in version 1.0.7"));
 
     if (bySignal)
@@ -156,18 +141,18 @@ void SimulatorProcessTest::servesAndCleansUp()
 
 void SimulatorProcessTest::restartRewritesPortFile()
 {
-    const quint16 port = launch(QString::fromUtf8(KELODRIVE_SIM_EXE), {u"--no-root"_s});
+    const quint16 port = launch({u"--no-root"_s});
     QVERIFY(port != 0);
     RawClient client;
     QVERIFY(client.connectTo(port));
     m_process->write("restart\n");
     QVERIFY(client.waitForDisconnected());
     quint16 moved = 0;
-    QTRY_VERIFY((moved = readPortFile(portFile())) != 0 && moved != port);
+    QTRY_VERIFY((moved = portInFile()) != 0 && moved != port);
+    QCOMPARE(readFile(portFile()), QByteArray::number(moved) + '\n');
     RawClient again;
     QVERIFY(again.connectTo(moved));
-    const QJsonObject info = again.waitForResponse(again.request(u"getSyncInfo"_s));
-    QCOMPARE(info.value(u"data").toObject().value(u"result").toObject().value(u"syncInited").toBool(true), false);
+    QCOMPARE(follow(again.call(u"getSyncInfo"_s), u"syncInited"_s).toBool(true), false);
     m_process->write("quit\n");
     QVERIFY(waitForExit());
     QVERIFY(!QFile::exists(portFile()));
@@ -176,17 +161,15 @@ void SimulatorProcessTest::restartRewritesPortFile()
 void SimulatorProcessTest::scriptDrivesTheSimulator()
 {
     const QString script = m_home->path() + u"/faults.txt"_s;
-    QFile file(script);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("# waits for the plug-in, then shows a few states\n"
-               "wait-peer\n"
-               "offline\n"
-               "sleep 20\n"
-               "notify syncRoot \"/from/script\"\n"
-               "enterprise\n"
-               "quit\n");
-    file.close();
-    const quint16 port = launch(QString::fromUtf8(KELODRIVE_SIM_EXE), {u"--script"_s, script, u"--no-plugin-info"_s});
+    QVERIFY(writeFile(script,
+        "# waits for the plug-in, then shows a few states\n"
+        "wait-peer\n"
+        "offline\n"
+        "sleep 20\n"
+        "notify syncRoot \"/from/script\"\n"
+        "enterprise\n"
+        "quit\n"));
+    const quint16 port = launch({u"--script"_s, script, u"--no-plugin-info"_s});
     QVERIFY(port != 0);
     // Nothing happens before a peer connects.
     QCOMPARE(m_process->state(), QProcess::Running);
@@ -201,7 +184,7 @@ void SimulatorProcessTest::scriptDrivesTheSimulator()
 
 void SimulatorProcessTest::reportsBadCommands()
 {
-    QVERIFY(launch(QString::fromUtf8(KELODRIVE_SIM_EXE)) != 0);
+    QVERIFY(launch() != 0);
     m_process->write("explode\npace soon\nstatus\n");
     QTRY_VERIFY(m_out.contains("status {"));
     QTRY_VERIFY(m_err.contains("stdin:2: wrong arguments for \"pace\""));

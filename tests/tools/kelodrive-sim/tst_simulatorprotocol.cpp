@@ -4,51 +4,13 @@
 
 #include <kelodrivesim/simulator.h>
 
-#include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 using kelodrive::Simulator;
-
-namespace {
-
-// Follows a dotted path (u"account.nickname"_s, u"0.path"_s) into a JSON value; u"#size"_s gives the
-// element count of the value reached so far.
-QJsonValue follow(QJsonValue value, const QString &path)
-{
-    const QStringList parts = path.split(QLatin1Char('.'));
-    for (const QString &part : parts) {
-        if (part == QLatin1String("#size"))
-            return value.isArray() ? value.toArray().size() : value.toObject().size();
-        bool isIndex = false;
-        const int index = part.toInt(&isIndex);
-        value = isIndex ? value.toArray().at(index) : value.toObject().value(part);
-    }
-    return value;
-}
-
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
-QJsonObject obj(std::initializer_list<QPair<QString, QJsonValue>> pairs)
-{
-    QJsonObject o;
-    for (const auto &p : pairs)
-        o.insert(p.first, p.second);
-    return o;
-}
-
-}   // namespace
 
 class SimulatorProtocolTest : public QObject
 {
@@ -73,7 +35,6 @@ private Q_SLOTS:
     void servesSeveralPeers();
     void silentWhileNotAnswering();
     void stopListeningRefusesThenAccepts();
-    void restartMovesToNewPortAndRewritesPortFile();
     void stopRemovesOnlyItsOwnPortFile();
     void commandsRejectBadInput_data();
     void commandsRejectBadInput();
@@ -96,9 +57,9 @@ void SimulatorProtocolTest::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
     QVERIFY(m_dir->isValid());
-    writeFile(local(QStringLiteral("/a.txt")), "alpha");
-    writeFile(local(QStringLiteral("/docs/inner.txt")), "inner");
-    writeFile(local(QStringLiteral("/private/secret.txt")), "secret");
+    QVERIFY(writeFile(local(QStringLiteral("/a.txt")), "alpha"));
+    QVERIFY(writeFile(local(QStringLiteral("/docs/inner.txt")), "inner"));
+    QVERIFY(writeFile(local(QStringLiteral("/private/secret.txt")), "secret"));
 
     m_sim = std::make_unique<Simulator>();
     m_sim->setPortFilePath(m_dir->path() + QStringLiteral("/ipc"));
@@ -147,35 +108,30 @@ void SimulatorProtocolTest::answersRequests_data()
                                                {u"syncErrors.isLocalPermitionForbid"_s, false},
                                                {u"syncErrors.#size"_s, 8}};
     QTest::newRow("file status of a folder lists one level")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/"_s}, {u"type"_s, u"dir"_s}}) << 0
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/"_s}, {u"type"_s, u"dir"_s}}) << 0
         << QVariantMap {{u"#size"_s, 3}, {u"0.path"_s, u"/a.txt"_s}, {u"0.isDir"_s, false}, {u"0.plan_status"_s, 3},
                {u"1.path"_s, u"/docs"_s}, {u"1.isDir"_s, true}, {u"2.path"_s, u"/private"_s}, {u"2.plan_status"_s, 0}};
     QTest::newRow("file status of a subfolder")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/docs"_s}, {u"type"_s, u"dir"_s}}) << 0
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/docs"_s}, {u"type"_s, u"dir"_s}}) << 0
         << QVariantMap {{u"#size"_s, 1}, {u"0.path"_s, u"/docs/inner.txt"_s}, {u"0.plan_status"_s, 3}};
     QTest::newRow("file status of one file")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/docs/inner.txt"_s}, {u"type"_s, u"file"_s}}) << 0
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/docs/inner.txt"_s}, {u"type"_s, u"file"_s}}) << 0
         << QVariantMap {
                {u"#size"_s, 1}, {u"0.path"_s, u"/docs/inner.txt"_s}, {u"0.isDir"_s, false}, {u"0.plan_error"_s, 0}};
     QTest::newRow("file status of a folder itself")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/docs"_s}, {u"type"_s, u"file"_s}}) << 0
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/docs"_s}, {u"type"_s, u"file"_s}}) << 0
         << QVariantMap {{u"#size"_s, 1}, {u"0.path"_s, u"/docs"_s}, {u"0.isDir"_s, true}, {u"0.plan_status"_s, 3}};
     QTest::newRow("file status inside a banned folder")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/private"_s}, {u"type"_s, u"dir"_s}}) << 0
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/private"_s}, {u"type"_s, u"dir"_s}}) << 0
         << QVariantMap {{u"#size"_s, 1}, {u"0.path"_s, u"/private/secret.txt"_s}, {u"0.plan_status"_s, 0}};
     QTest::newRow("file status of a missing file")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/nope.txt"_s}, {u"type"_s, u"file"_s}}) << 0
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/nope.txt"_s}, {u"type"_s, u"file"_s}}) << 0
         << QVariantMap {{u"#size"_s, 0}};
     QTest::newRow("file status outside the root is refused")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/../etc"_s}, {u"type"_s, u"dir"_s}}) << 2
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/../etc"_s}, {u"type"_s, u"dir"_s}}) << 2
         << QVariantMap {{u"#size"_s, 0}};
     QTest::newRow("file status without a type is refused")
-        << u"getFileStatus"_s << obj({{u"basedir"_s, u"/"_s}}) << 2 << QVariantMap {{u"#size"_s, 0}};
-    QTest::newRow("pause") << u"setSyncPause"_s << QJsonObject() << 0 << QVariantMap();
-    QTest::newRow("resume") << u"setSyncResume"_s << QJsonObject() << 0 << QVariantMap();
-    QTest::newRow("start") << u"setSyncStart"_s << QJsonObject() << 0 << QVariantMap();
-    QTest::newRow("navigate") << u"navigate"_s << obj({{u"type"_s, u"sync"_s}, {u"args"_s, u"errorList"_s}}) << 0
-                              << QVariantMap();
+        << u"getFileStatus"_s << QJsonObject({{u"basedir"_s, u"/"_s}}) << 2 << QVariantMap {{u"#size"_s, 0}};
     QTest::newRow("navigate without a page") << u"navigate"_s << QJsonObject() << 2 << QVariantMap();
     QTest::newRow("unknown method") << u"getWeather"_s << QJsonObject() << 1 << QVariantMap();
 }
@@ -225,13 +181,13 @@ void SimulatorProtocolTest::syncControlPushesState()
     QTRY_COMPARE(m_client->notifications(u"syncErrors"_s).isEmpty(), !pausedBefore);
     m_client->envelopes.clear();
 
-    m_client->request(method);
+    const QJsonObject answer = m_client->waitForResponse(m_client->request(method));
+    QCOMPARE(follow(answer, u"data.code"_s).toInt(-1), 0);
     const QJsonValue errors = m_client->waitForNotification(u"syncErrors"_s);
     QVERIFY(errors.isObject());
     QCOMPARE(errors.toObject().value(u"isPaused"_s).toBool(), pausedAfter);
     QCOMPARE(m_sim->flags().isPaused, pausedAfter);
-    const QJsonObject info = m_client->waitForResponse(m_client->request(u"getSyncInfo"_s));
-    QCOMPARE(follow(info, u"data.result.syncErrors.isPaused"_s).toBool(), pausedAfter);
+    QCOMPARE(follow(m_client->call(u"getSyncInfo"_s), u"syncErrors.isPaused"_s).toBool(), pausedAfter);
 }
 
 void SimulatorProtocolTest::notificationEnvelope()
@@ -239,17 +195,10 @@ void SimulatorProtocolTest::notificationEnvelope()
     const qint64 before = m_sim->notificationsSent();
     m_sim->notify(u"syncRoot"_s, u"/x"_s);
     QCOMPARE(m_sim->notificationsSent(), before + 1);
-    QJsonObject body;
-    QTRY_VERIFY(!(body =
-                      [&] {
-                          for (const QJsonObject &env : qAsConst(m_client->envelopes)) {
-                              const QJsonObject b = env.value(u"data").toObject();
-                              if (follow(b, u"data.type"_s).toString() == u"syncRoot"_s)
-                                  return b;
-                          }
-                          return QJsonObject();
-                      }())
-                     .isEmpty());
+    const QJsonObject env = m_client->waitForEnvelope(
+        [](const QJsonObject &e) { return follow(e, u"data.data.type"_s).toString() == u"syncRoot"_s; });
+    QCOMPARE(env.value(u"type").toString(), u"ping"_s);
+    const QJsonObject body = env.value(u"data").toObject();
     QCOMPARE(body.value(u"method").toString(), u"notify"_s);
     QCOMPARE(body.value(u"from").toString(), u"server"_s);
     QCOMPARE(body.value(u"to").toString(), u"client"_s);
@@ -257,7 +206,6 @@ void SimulatorProtocolTest::notificationEnvelope()
     QCOMPARE(key.size(), 37);
     QVERIFY(key.startsWith(QLatin1Char('{')) && !key.endsWith(QLatin1Char('}')));
     QCOMPARE(follow(body, u"data.args"_s).toString(), u"/x"_s);
-    QCOMPARE(m_client->envelopes.first().value(u"type").toString(), u"ping"_s);
 }
 
 void SimulatorProtocolTest::asksPluginVersionOnConnect()
@@ -271,12 +219,8 @@ void SimulatorProtocolTest::asksPluginVersionOnConnect()
     QCOMPARE(second.envelopes.first().value(u"type"_s).toString(), QStringLiteral("ping"));
     QCOMPARE(body.value(u"method"_s).toString(), QStringLiteral("getPluginInfo"));
 
-    QJsonObject answer = body;
-    answer.insert(u"from"_s, u"client"_s);
-    answer.insert(u"to"_s, u"server"_s);
-    answer.insert(u"data"_s, obj({{u"version"_s, u"1.0.7"_s}}));
     QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"^Simulator: peer \\d+ runs plug-in version 1\\.0\\.7$"_s));
-    second.sendEnvelope(u"pong"_s, answer);
+    second.reply(body, {{u"version"_s, u"1.0.7"_s}});
     QTRY_COMPARE(versions.count(), 1);
     QCOMPARE(versions.first().at(1).toString(), QStringLiteral("1.0.7"));
     QCOMPARE(m_sim->pluginVersion(), QStringLiteral("1.0.7"));
@@ -286,9 +230,10 @@ void SimulatorProtocolTest::recordsNavigation()
 {
     QSignalSpy navigated(m_sim.get(), &Simulator::navigated);
     QTest::ignoreMessage(QtInfoMsg, "Simulator: navigate to page type=setting args=");
-    m_client->request(u"navigate"_s, obj({{u"type"_s, u"setting"_s}}));
+    const QJsonObject answer = m_client->waitForResponse(m_client->request(u"navigate"_s, {{u"type"_s, u"setting"_s}}));
+    QCOMPARE(follow(answer, u"data.code"_s).toInt(-1), 0);
     QTRY_COMPARE(navigated.count(), 1);
-    QCOMPARE(m_sim->lastNavigation(), obj({{u"type"_s, u"setting"_s}}));
+    QCOMPARE(m_sim->lastNavigation(), QJsonObject({{u"type"_s, u"setting"_s}}));
 }
 
 void SimulatorProtocolTest::malformedFramesAreDropped_data()
@@ -347,14 +292,9 @@ void SimulatorProtocolTest::toleratesFraming()
     QSignalSpy received(m_sim.get(), &Simulator::messageReceived);
     QByteArray bytes;
     QStringList keys;
-    for (const char *method : {"getUserInfo", "getSyncInfo"}) {
-        QString key = QStringLiteral("{key-%1").arg(keys.size());
-        keys << key;
-        QJsonObject body
-            = obj({{u"from"_s, u"client"_s}, {u"to"_s, u"server"_s}, {u"method"_s, QString::fromLatin1(method)},
-                {u"data"_s, QJsonObject()}, {u"version"_s, 1}, {u"key"_s, key}, {u"timestamp"_s, 1}});
-        QJsonObject env = obj({{u"type"_s, u"ping"_s}, {u"data"_s, body}});
-        bytes += QJsonDocument(env).toJson(indented ? QJsonDocument::Indented : QJsonDocument::Compact) + '\x0c';
+    for (const QString &method : {u"getUserInfo"_s, u"getSyncInfo"_s}) {
+        keys << u"{key-%1"_s.arg(keys.size());
+        bytes += RawClient::requestFrame(method, {}, keys.last(), indented);
     }
     const int step = qMax(1, bytes.size() / pieces);
     for (int from = 0; from < bytes.size(); from += step) {
@@ -380,7 +320,7 @@ void SimulatorProtocolTest::servesSeveralPeers()
     QVERIFY(m_client->waitForNotification(u"syncInited"_s).toBool());
     QVERIFY(second.waitForNotification(u"syncInited"_s).toBool());
     QCOMPARE(m_sim->notificationsSent(), before + 2);
-    QVERIFY(!second.waitForResponse(second.request(u"getSyncInfo"_s)).isEmpty());
+    QVERIFY(second.call(u"getSyncInfo"_s).isObject());
 
     m_sim->dropConnections();
     QVERIFY(m_client->waitForDisconnected());
@@ -415,31 +355,12 @@ void SimulatorProtocolTest::stopListeningRefusesThenAccepts()
     QTRY_COMPARE(errors.count(), 1);
     QCOMPARE(refused.socket().error(), QAbstractSocket::ConnectionRefusedError);
     // Existing peers stay connected meanwhile.
-    QVERIFY(!m_client->waitForResponse(m_client->request(u"getSyncInfo"_s)).isEmpty());
+    QVERIFY(m_client->call(u"getSyncInfo"_s).isObject());
 
     QTRY_COMPARE_WITH_TIMEOUT(listening.count(), 1, 5000);
     QCOMPARE(m_sim->port(), port);
     RawClient later;
     QVERIFY(later.connectTo(port));
-}
-
-void SimulatorProtocolTest::restartMovesToNewPortAndRewritesPortFile()
-{
-    const quint16 old = m_sim->port();
-    QFile portFile(m_sim->portFilePath());
-    QVERIFY(portFile.open(QIODevice::ReadOnly));
-    QCOMPARE(portFile.readLine().trimmed().toUInt(), uint(old));
-    portFile.close();
-
-    QVERIFY(m_sim->restartOnNewPort());
-    QVERIFY(m_sim->port() != old);
-    QVERIFY(m_client->waitForDisconnected());
-    QVERIFY(portFile.open(QIODevice::ReadOnly));
-    QCOMPARE(portFile.readAll(), QByteArray::number(m_sim->port()) + '\n');
-    portFile.close();
-    RawClient moved;
-    QVERIFY(moved.connectTo(m_sim->port()));
-    QVERIFY(!moved.waitForResponse(moved.request(u"getUserInfo"_s)).isEmpty());
 }
 
 void SimulatorProtocolTest::stopRemovesOnlyItsOwnPortFile()
@@ -456,9 +377,7 @@ void SimulatorProtocolTest::stopRemovesOnlyItsOwnPortFile()
     QVERIFY(m_sim->start());
     QVERIFY(other.start());
     m_sim->stop();
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readLine().trimmed().toUInt(), uint(other.port()));
+    QCOMPARE(readFile(path), QByteArray::number(other.port()) + '\n');
 }
 
 void SimulatorProtocolTest::commandsRejectBadInput_data()
@@ -497,7 +416,7 @@ void SimulatorProtocolTest::commandsRejectBadInput()
     QCOMPARE(m_sim->execute(command, &error), accepted);
     QCOMPARE(error.isEmpty(), accepted);
     // Whatever came in, the server still answers.
-    QVERIFY(!m_client->waitForResponse(m_client->request(u"getSyncInfo"_s)).isEmpty());
+    QVERIFY(m_client->call(u"getSyncInfo"_s).isObject());
 }
 
 QTEST_GUILESS_MAIN(SimulatorProtocolTest)

@@ -19,11 +19,7 @@ set(build ${WORK_DIR}/build)
 file(REMOVE_RECURSE ${WORK_DIR})
 
 run_step("install the SDK component" ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component HdeSdk)
-if(HAS_HFMBASE)
-    # The base library's folder holds nothing but the SDK's base library.
-    run_step("install the base library" ${CMAKE_COMMAND} --install ${BUILD_DIR}/host/hfmbase --prefix ${prefix})
-endif()
-foreach(file include/hpf/event/invoker.h include/htk/messagedialog.h)
+foreach(file include/hpf/event/invoker.h include/htk/messagedialog.h include/hfmbase/urlroute.h)
     if(NOT EXISTS ${prefix}/${file})
         message(FATAL_ERROR "RunSdkTest: ${file} was not installed")
     endif()

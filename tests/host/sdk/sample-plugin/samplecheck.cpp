@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Usage: sample-check <plug-in folder>. Exits 0 when the sample plug-in was
 // read, started and answers on its slot.
+#include <hfmbase/urlroute.h>
 #include <hpf/event/event.h>
 #include <hpf/lifecycle.h>
 #include <htk/messagedialog.h>
-#ifdef SAMPLE_WITH_HFMBASE
-#include <hfmbase/urlroute.h>
-#endif
 
 #include <QApplication>
 #include <QTextStream>
@@ -40,10 +38,8 @@ int main(int argc, char **argv)
     const QList<htk::MessageDialog::Record> dialogs = htk::MessageDialog::recordedDialogs();
     if (dialogs.size() != 1 || dialogs.at(0).title != QLatin1String("Sample started"))
         return fail(QStringLiteral("the start dialog was not recorded"));
-#ifdef SAMPLE_WITH_HFMBASE
     if (!hfmbase::UrlRoute::hasScheme(QStringLiteral("sample")))
         return fail(QStringLiteral("the scheme was not registered"));
-#endif
     hpf::LifeCycle::shutdownPlugins();
     return 0;
 }

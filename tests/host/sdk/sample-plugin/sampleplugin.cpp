@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sampleplugin.h"
 
+#include <hfmbase/urlroute.h>
 #include <hpf/event/event.h>
 #include <htk/messagedialog.h>
-#ifdef SAMPLE_WITH_HFMBASE
-#include <hfmbase/urlroute.h>
-#endif
 
 void SamplePlugin::initialize()
 {
-#ifdef SAMPLE_WITH_HFMBASE
     hfmbase::UrlRoute::regScheme(
         QStringLiteral("sample"), QStringLiteral("/"), QIcon(), true, QStringLiteral("Sample"));
-#endif
     hpf::channel()->connect(
         QStringLiteral("hfmplugin_sample"), QStringLiteral("slot_Greet"), this, &SamplePlugin::greet);
 }

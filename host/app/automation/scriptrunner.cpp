@@ -75,14 +75,16 @@ QFileDevice::Permissions permissionsFromMode(uint mode)
     return p;
 }
 
-bool invokeBool(const QString &inspector, const char *method, quint64 windowId, const QString &text)
+// Calls a Q_INVOKABLE `bool method(quint64 windowId, <value>)` of a host
+// plug-in's inspection object; false when the plug-in is not loaded.
+bool invokeBool(const QString &inspector, const char *method, quint64 windowId, QGenericArgument value)
 {
     QObject *object = hostInspector(inspector);
     bool result = false;
     if (!object)
         return false;
-    QMetaObject::invokeMethod(object, method, Qt::DirectConnection, Q_RETURN_ARG(bool, result),
-        Q_ARG(quint64, windowId), Q_ARG(QString, text));
+    QMetaObject::invokeMethod(
+        object, method, Qt::DirectConnection, Q_RETURN_ARG(bool, result), Q_ARG(quint64, windowId), value);
     return result;
 }
 
@@ -335,13 +337,13 @@ void ScriptRunner::runMenu(const QString &target, const QStringList &args, const
     bool shown = false;
     menus->arm(actionId);
     if (target == QLatin1String("item"))
-        shown = invokeBool(Inspector::kWorkspace, "contextMenu", id, args.value(1));
+        shown = invokeBool(Inspector::kWorkspace, "contextMenu", id, Q_ARG(QString, args.value(1)));
     else if (target == QLatin1String("blank"))
-        shown = invokeBool(Inspector::kWorkspace, "contextMenu", id, QString());
+        shown = invokeBool(Inspector::kWorkspace, "contextMenu", id, Q_ARG(QString, QString()));
     else if (target == QLatin1String("entry"))
-        shown = invokeBool(Inspector::kComputer, "contextMenu", id, args.value(1));
+        shown = invokeBool(Inspector::kComputer, "contextMenu", id, Q_ARG(QString, args.value(1)));
     else if (target == QLatin1String("sidebar"))
-        shown = invokeBool(Inspector::kSidebar, "contextMenu", id, args.value(1));
+        shown = invokeBool(Inspector::kSidebar, "contextMenu", id, Q_ARG(QString, args.value(1)));
     else {
         menus->disarm();
         done(kUsage, QStringLiteral("the menu target must be item, blank, entry or sidebar"));
@@ -463,6 +465,41 @@ void ScriptRunner::waitForCommand(const QString &kind, const QStringList &args, 
     waitUntil(condition, timeout, what, done);
 }
 
+void ScriptRunner::addWindowCommand(
+    const QString &name, int minArgs, int maxArgs, const QString &usage, const QString &failure, WindowAction act)
+{
+    add(name, minArgs, maxArgs, usage, [this, failure, act](const QStringList &args, const Done &done) {
+        QString error;
+        const quint64 id = window(args.at(0), &error);
+        if (id && act(id, args)) {
+            done(kOk, QString());
+            return;
+        }
+        if (error.isEmpty())
+            error = failure.contains(QLatin1String("%1")) ? failure.arg(args.value(1)) : failure;
+        done(kFailed, error);
+    });
+}
+
+void ScriptRunner::publishWithUrls(const QStringList &args, const Done &done, const Publish &publish)
+{
+    QString error;
+    QList<QUrl> urls;
+    const quint64 id = window(args.at(0), &error, true);
+    if (!error.isEmpty() || !resolveUrls(args.mid(1), &urls, &error)) {
+        done(kFailed, error);
+        return;
+    }
+    publish(id, urls);
+    done(kOk, QString());
+}
+
+void ScriptRunner::addUrlCommand(const QString &name, int minArgs, int maxArgs, const QString &usage, Publish publish)
+{
+    add(name, minArgs, maxArgs, usage,
+        [this, publish](const QStringList &args, const Done &done) { publishWithUrls(args, done, publish); });
+}
+
 void ScriptRunner::registerCommands()
 {
     const auto noFlags = AbstractJobHandler::JobFlags(AbstractJobHandler::JobFlag::kNoHint);
@@ -483,8 +520,8 @@ void ScriptRunner::registerCommands()
         windows.showWindow(created);
         done(kOk, QString());
     });
-    add(QStringLiteral("cd"), 2, 2, QStringLiteral("<window> <url-or-path>"),
-        [this](const QStringList &args, const Done &done) {
+    auto navigate = [this](bool (*request)(quint64, const QUrl &)) {
+        return [this, request](const QStringList &args, const Done &done) {
             QString error;
             QList<QUrl> urls;
             const quint64 id = window(args.at(0), &error);
@@ -492,9 +529,12 @@ void ScriptRunner::registerCommands()
                 done(kFailed, error);
                 return;
             }
-            requestChangeUrl(id, urls.first());
+            request(id, urls.first());
             done(kOk, QString());
-        });
+        };
+    };
+    add(QStringLiteral("cd"), 2, 2, QStringLiteral("<window> <url-or-path>"), navigate(&requestChangeUrl));
+    add(QStringLiteral("new-tab"), 2, 2, QStringLiteral("<window> <url-or-path>"), navigate(&requestNewTab));
     add(QStringLiteral("new-window"), 1, 1, QStringLiteral("<url-or-path>"),
         [this](const QStringList &args, const Done &done) {
             QString error;
@@ -506,18 +546,6 @@ void ScriptRunner::registerCommands()
             requestNewWindow(urls.first());
             done(kOk, QString());
         });
-    add(QStringLiteral("new-tab"), 2, 2, QStringLiteral("<window> <url-or-path>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            QList<QUrl> urls;
-            const quint64 id = window(args.at(0), &error);
-            if (!id || !resolveUrls({args.at(1)}, &urls, &error)) {
-                done(kFailed, error);
-                return;
-            }
-            requestNewTab(id, urls.first());
-            done(kOk, QString());
-        });
     auto titleButton = [this](const QString &windowToken, const QString &button, const Done &done) {
         QString error;
         const quint64 id = window(windowToken, &error);
@@ -525,7 +553,7 @@ void ScriptRunner::registerCommands()
             done(kFailed, error);
             return;
         }
-        if (!invokeBool(Inspector::kTitlebar, "clickButton", id, button)) {
+        if (!invokeBool(Inspector::kTitlebar, "clickButton", id, Q_ARG(QString, button))) {
             done(kFailed, QStringLiteral("the title bar has no visible \"%1\" button").arg(button));
             return;
         }
@@ -563,79 +591,50 @@ void ScriptRunner::registerCommands()
             }
             titleButton(args.at(0), QStringLiteral("detail"), done);
         });
-    add(QStringLiteral("address"), 2, 2, QStringLiteral("<window> <text>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            if (!id || !invokeBool(Inspector::kTitlebar, "enterAddress", id, args.at(1))) {
-                done(kFailed, error.isEmpty() ? QStringLiteral("the window has no title bar") : error);
-                return;
-            }
-            done(kOk, QString());
+
+    // Commands that act on a window as a user would, through the host
+    // plug-ins' inspection objects.
+    struct Action
+    {
+        const char *name;
+        const char *usage;
+        const QString &inspector;
+        const char *method;
+        const char *failure;
+    };
+    const Action actions[] = {
+        {"address", "<window> <text>", Inspector::kTitlebar, "enterAddress", "the window has no title bar"},
+        {"activate", "<window> <item>", Inspector::kWorkspace, "activate", "no item \"%1\" in the view"},
+        {"sidebar-activate", "<window> <name-or-url>", Inspector::kSidebar, "activate",
+            "no enabled sidebar item \"%1\""},
+        {"top-link", "<window> <link>", Inspector::kWorkspace, "activateTopLink",
+            "no visible top widget offers \"%1\""},
+        {"click", "<window> <button-text>", Inspector::kWorkspace, "click", "no button \"%1\""},
+    };
+    for (const Action &action : actions) {
+        const QString inspector = action.inspector;
+        const char *method = action.method;
+        addWindowCommand(QLatin1String(action.name), 2, 2, QLatin1String(action.usage),
+            QString::fromUtf8(action.failure), [inspector, method](quint64 id, const QStringList &args) {
+                return invokeBool(inspector, method, id, Q_ARG(QString, args.at(1)));
+            });
+    }
+    addWindowCommand(QStringLiteral("tab"), 2, 2, QStringLiteral("<window> <index>"), QStringLiteral("no tab %1"),
+        [](quint64 id, const QStringList &args) {
+            return invokeBool(Inspector::kWorkspace, "setCurrentTab", id, Q_ARG(int, args.at(1).toInt()));
         });
-    add(QStringLiteral("tab"), 2, 2, QStringLiteral("<window> <index>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            bool ok = false;
-            QObject *inspector = hostInspector(Inspector::kWorkspace);
-            if (id && inspector)
-                QMetaObject::invokeMethod(inspector, "setCurrentTab", Qt::DirectConnection, Q_RETURN_ARG(bool, ok),
-                    Q_ARG(quint64, id), Q_ARG(int, args.at(1).toInt()));
-            done(ok ? kOk : kFailed, error.isEmpty() ? QStringLiteral("no tab %1").arg(args.at(1)) : error);
+    addWindowCommand(QStringLiteral("close-tab"), 2, 2, QStringLiteral("<window> <index>"),
+        QStringLiteral("cannot close tab %1"), [](quint64 id, const QStringList &args) {
+            return invokeBool(Inspector::kWorkspace, "closeTab", id, Q_ARG(int, args.at(1).toInt()));
         });
-    add(QStringLiteral("close-tab"), 2, 2, QStringLiteral("<window> <index>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            bool ok = false;
-            QObject *inspector = hostInspector(Inspector::kWorkspace);
-            if (id && inspector)
-                QMetaObject::invokeMethod(inspector, "closeTab", Qt::DirectConnection, Q_RETURN_ARG(bool, ok),
-                    Q_ARG(quint64, id), Q_ARG(int, args.at(1).toInt()));
-            done(ok ? kOk : kFailed, error.isEmpty() ? QStringLiteral("cannot close tab %1").arg(args.at(1)) : error);
+    addWindowCommand(QStringLiteral("select"), 2, -1, QStringLiteral("<window> <name>..."),
+        QStringLiteral("not every item is shown"), [](quint64 id, const QStringList &args) {
+            return invokeBool(Inspector::kWorkspace, "select", id, Q_ARG(QStringList, args.mid(1)));
         });
-    add(QStringLiteral("close"), 1, 1, QStringLiteral("<window>"), [this](const QStringList &args, const Done &done) {
-        QString error;
-        const quint64 id = window(args.at(0), &error);
-        if (!id) {
-            done(kFailed, error);
-            return;
-        }
-        hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->close();
-        done(kOk, QString());
-    });
-    add(QStringLiteral("select"), 2, -1, QStringLiteral("<window> <name>..."),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            bool ok = false;
-            QObject *inspector = hostInspector(Inspector::kWorkspace);
-            if (id && inspector)
-                QMetaObject::invokeMethod(inspector, "select", Qt::DirectConnection, Q_RETURN_ARG(bool, ok),
-                    Q_ARG(quint64, id), Q_ARG(QStringList, args.mid(1)));
-            done(ok ? kOk : kFailed, error.isEmpty() ? QStringLiteral("not every item is shown") : error);
-        });
-    add(QStringLiteral("activate"), 2, 2, QStringLiteral("<window> <item>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            if (!id || !invokeBool(Inspector::kWorkspace, "activate", id, args.at(1))) {
-                done(kFailed, error.isEmpty() ? QStringLiteral("no item \"%1\" in the view").arg(args.at(1)) : error);
-                return;
-            }
-            done(kOk, QString());
-        });
-    add(QStringLiteral("sidebar-activate"), 2, 2, QStringLiteral("<window> <name-or-url>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            if (!id || !invokeBool(Inspector::kSidebar, "activate", id, args.at(1))) {
-                done(kFailed,
-                    error.isEmpty() ? QStringLiteral("no enabled sidebar item \"%1\"").arg(args.at(1)) : error);
-                return;
-            }
-            done(kOk, QString());
+    addWindowCommand(
+        QStringLiteral("close"), 1, 1, QStringLiteral("<window>"), QString(), [](quint64 id, const QStringList &) {
+            hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->close();
+            return true;
         });
     add(QStringLiteral("menu"), 2, 3, QStringLiteral("item|blank|entry|sidebar <window> [<item>]"),
         [this](const QStringList &args, const Done &done) { runMenu(args.at(0), args.mid(1), QString(), done); });
@@ -643,124 +642,74 @@ void ScriptRunner::registerCommands()
         [this](const QStringList &args, const Done &done) {
             runMenu(args.at(0), args.mid(1, args.size() - 2), args.last(), done);
         });
-    add(QStringLiteral("top-link"), 2, 2, QStringLiteral("<window> <link>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            if (!id || !invokeBool(Inspector::kWorkspace, "activateTopLink", id, args.at(1))) {
-                done(kFailed,
-                    error.isEmpty() ? QStringLiteral("no visible top widget offers \"%1\"").arg(args.at(1)) : error);
-                return;
-            }
-            done(kOk, QString());
-        });
-    add(QStringLiteral("click"), 2, 2, QStringLiteral("<window> <button-text>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            if (!id || !invokeBool(Inspector::kWorkspace, "click", id, args.at(1))) {
-                done(kFailed, error.isEmpty() ? QStringLiteral("no button \"%1\"").arg(args.at(1)) : error);
-                return;
-            }
-            done(kOk, QString());
-        });
 
     // File operations: each publishes its event, as the views do.
-    auto withUrls = [this](const QStringList &args, int first, const Done &done,
-                        const std::function<void(quint64, const QList<QUrl> &)> &publish) {
-        QString error;
-        QList<QUrl> urls;
-        const quint64 id = window(args.at(0), &error, true);
-        if (!error.isEmpty() || !resolveUrls(args.mid(first), &urls, &error)) {
-            done(kFailed, error);
-            return;
-        }
-        publish(id, urls);
-        done(kOk, QString());
-    };
-    add(QStringLiteral("mkdir"), 2, 2, QStringLiteral("<window> <url>"),
-        [withUrls](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(hfmbase::kMkdir, id, urls.first(), QVariant(), hfmbase::OperatorCallback());
-            });
+    addUrlCommand(
+        QStringLiteral("mkdir"), 2, 2, QStringLiteral("<window> <url>"), [](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(hfmbase::kMkdir, id, urls.first(), QVariant(), hfmbase::OperatorCallback());
         });
     add(QStringLiteral("touch"), 2, 3, QStringLiteral("<window> <folder> [suffix]"),
-        [withUrls](const QStringList &args, const Done &done) {
+        [this](const QStringList &args, const Done &done) {
             const QString suffix = args.value(2);
-            withUrls(args.mid(0, 2), 1, done, [suffix](quint64 id, const QList<QUrl> &urls) {
+            publishWithUrls(args.mid(0, 2), done, [suffix](quint64 id, const QList<QUrl> &urls) {
                 hpf::dispatcher()->publish(
                     hfmbase::kTouchFile, id, urls.first(), 0u, suffix, QVariant(), hfmbase::OperatorCallback());
             });
         });
-    add(QStringLiteral("copy"), 3, -1, QStringLiteral("<window> <target-folder> <source>..."),
-        [withUrls, noFlags](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [noFlags](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(
-                    hfmbase::kCopy, id, urls.mid(1), urls.first(), noFlags, hfmbase::OperatorHandleCallback());
-            });
+    addUrlCommand(QStringLiteral("copy"), 3, -1, QStringLiteral("<window> <target-folder> <source>..."),
+        [noFlags](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(
+                hfmbase::kCopy, id, urls.mid(1), urls.first(), noFlags, hfmbase::OperatorHandleCallback());
         });
-    add(QStringLiteral("cut"), 3, -1, QStringLiteral("<window> <target-folder> <source>..."),
-        [withUrls, noFlags](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [noFlags](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(
-                    hfmbase::kCutFile, id, urls.mid(1), urls.first(), noFlags, hfmbase::OperatorHandleCallback());
-            });
+    addUrlCommand(QStringLiteral("cut"), 3, -1, QStringLiteral("<window> <target-folder> <source>..."),
+        [noFlags](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(
+                hfmbase::kCutFile, id, urls.mid(1), urls.first(), noFlags, hfmbase::OperatorHandleCallback());
         });
-    add(QStringLiteral("paste"), 2, 2, QStringLiteral("<window> <target-folder>"),
-        [withUrls](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(hfmbase::kPasteFiles, id, urls.first());
-            });
+    addUrlCommand(QStringLiteral("paste"), 2, 2, QStringLiteral("<window> <target-folder>"),
+        [](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(hfmbase::kPasteFiles, id, urls.first());
         });
-    add(QStringLiteral("delete"), 2, -1, QStringLiteral("<window> <url>..."),
-        [withUrls, noFlags](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [noFlags](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(hfmbase::kDeleteFiles, id, urls, noFlags, hfmbase::OperatorHandleCallback());
-            });
+    addUrlCommand(QStringLiteral("delete"), 2, -1, QStringLiteral("<window> <url>..."),
+        [noFlags](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(hfmbase::kDeleteFiles, id, urls, noFlags, hfmbase::OperatorHandleCallback());
         });
-    add(QStringLiteral("trash"), 2, -1, QStringLiteral("<window> <url>..."),
-        [withUrls, noFlags](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [noFlags](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(hfmbase::kMoveToTrash, id, urls, noFlags, hfmbase::OperatorHandleCallback());
-            });
+    addUrlCommand(QStringLiteral("trash"), 2, -1, QStringLiteral("<window> <url>..."),
+        [noFlags](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(hfmbase::kMoveToTrash, id, urls, noFlags, hfmbase::OperatorHandleCallback());
         });
     add(QStringLiteral("rename"), 3, 3, QStringLiteral("<window> <url> <new-name-or-url>"),
-        [withUrls](const QStringList &args, const Done &done) {
+        [this](const QStringList &args, const Done &done) {
             QStringList resolved = args;
             // A bare name stays in the same folder.
             if (!args.at(2).contains(QLatin1Char('/'))) {
                 const QUrl from = urlFromUserInput(args.at(1));
                 resolved[2] = childUrl(parentUrl(from), args.at(2)).toString();
             }
-            withUrls(resolved, 1, done, [](quint64 id, const QList<QUrl> &urls) {
+            publishWithUrls(resolved, done, [](quint64 id, const QList<QUrl> &urls) {
                 hpf::dispatcher()->publish(hfmbase::kRenameFile, id, urls.at(0), urls.at(1));
             });
         });
-    add(QStringLiteral("link"), 3, 3, QStringLiteral("<window> <source> <link>"),
-        [withUrls](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(hfmbase::kCreateSymlink, id, urls.at(0), urls.at(1), false, false);
-            });
+    addUrlCommand(QStringLiteral("link"), 3, 3, QStringLiteral("<window> <source> <link>"),
+        [](quint64 id, const QList<QUrl> &urls) {
+            hpf::dispatcher()->publish(hfmbase::kCreateSymlink, id, urls.at(0), urls.at(1), false, false);
         });
     add(QStringLiteral("chmod"), 3, 3, QStringLiteral("<window> <url> <octal-mode>"),
-        [withUrls](const QStringList &args, const Done &done) {
+        [this](const QStringList &args, const Done &done) {
             bool ok = false;
             const uint mode = args.at(2).toUInt(&ok, 8);
             if (!ok || mode > 07777) {
                 done(kUsage, QStringLiteral("\"%1\" is not an octal mode").arg(args.at(2)));
                 return;
             }
-            withUrls(args.mid(0, 2), 1, done, [mode](quint64 id, const QList<QUrl> &urls) {
+            publishWithUrls(args.mid(0, 2), done, [mode](quint64 id, const QList<QUrl> &urls) {
                 hpf::dispatcher()->publish(hfmbase::kSetPermission, id, urls.first(), permissionsFromMode(mode));
             });
         });
-    add(QStringLiteral("hide"), 2, -1, QStringLiteral("<window> <url>..."),
-        [withUrls](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done,
-                [](quint64 id, const QList<QUrl> &urls) { hpf::dispatcher()->publish(hfmbase::kHideFiles, id, urls); });
-        });
+    addUrlCommand(QStringLiteral("hide"), 2, -1, QStringLiteral("<window> <url>..."),
+        [](quint64 id, const QList<QUrl> &urls) { hpf::dispatcher()->publish(hfmbase::kHideFiles, id, urls); });
     add(QStringLiteral("clipboard"), 3, -1, QStringLiteral("<window> copy|cut <url>..."),
-        [withUrls](const QStringList &args, const Done &done) {
+        [this](const QStringList &args, const Done &done) {
             if (args.at(1) != QLatin1String("copy") && args.at(1) != QLatin1String("cut")) {
                 done(kUsage, QStringLiteral("the clipboard action is copy or cut"));
                 return;
@@ -769,30 +718,23 @@ void ScriptRunner::registerCommands()
                                                                      : quint8(hfmbase::ClipBoard::kCopyAction);
             QStringList rest = args;
             rest.removeAt(1);
-            withUrls(rest, 1, done, [action](quint64 id, const QList<QUrl> &urls) {
+            publishWithUrls(rest, done, [action](quint64 id, const QList<QUrl> &urls) {
                 hpf::dispatcher()->publish(hfmbase::kWriteUrlsToClipboard, id, action, urls);
             });
         });
-    add(QStringLiteral("open-files"), 2, -1, QStringLiteral("<window> <url>..."),
-        [withUrls](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done,
-                [](quint64 id, const QList<QUrl> &urls) { hpf::dispatcher()->publish(hfmbase::kOpenFiles, id, urls); });
-        });
+    addUrlCommand(QStringLiteral("open-files"), 2, -1, QStringLiteral("<window> <url>..."),
+        [](quint64 id, const QList<QUrl> &urls) { hpf::dispatcher()->publish(hfmbase::kOpenFiles, id, urls); });
     add(QStringLiteral("open-with"), 3, -1, QStringLiteral("<window> <application> <url>..."),
-        [withUrls](const QStringList &args, const Done &done) {
+        [this](const QStringList &args, const Done &done) {
             const QString app = args.at(1);
             QStringList rest = args;
             rest.removeAt(1);
-            withUrls(rest, 1, done, [app](quint64 id, const QList<QUrl> &urls) {
+            publishWithUrls(rest, done, [app](quint64 id, const QList<QUrl> &urls) {
                 hpf::dispatcher()->publish(hfmbase::kOpenFilesByApp, id, urls, QStringList {app});
             });
         });
-    add(QStringLiteral("terminal"), 2, -1, QStringLiteral("<window> <url>..."),
-        [withUrls](const QStringList &args, const Done &done) {
-            withUrls(args, 1, done, [](quint64 id, const QList<QUrl> &urls) {
-                hpf::dispatcher()->publish(hfmbase::kOpenInTerminal, id, urls);
-            });
-        });
+    addUrlCommand(QStringLiteral("terminal"), 2, -1, QStringLiteral("<window> <url>..."),
+        [](quint64 id, const QList<QUrl> &urls) { hpf::dispatcher()->publish(hfmbase::kOpenInTerminal, id, urls); });
 
     add(QStringLiteral("wait"), 1, 1, QStringLiteral("<milliseconds>"),
         [this](const QStringList &args, const Done &done) {
@@ -838,20 +780,9 @@ void ScriptRunner::registerCommands()
             print(jsonValueText(value));
             done(kOk, QString());
         });
-    add(QStringLiteral("screenshot"), 2, 2, QStringLiteral("<window> <file.png>"),
-        [this](const QStringList &args, const Done &done) {
-            QString error;
-            const quint64 id = window(args.at(0), &error);
-            if (!id) {
-                done(kFailed, error);
-                return;
-            }
-            hfmbase::FileManagerWindow *target = hfmbase::FileManagerWindowsManager::instance().findWindowById(id);
-            if (!target->grab().save(args.at(1), "PNG")) {
-                done(kFailed, QStringLiteral("cannot write \"%1\"").arg(args.at(1)));
-                return;
-            }
-            done(kOk, QString());
+    addWindowCommand(QStringLiteral("screenshot"), 2, 2, QStringLiteral("<window> <file.png>"),
+        QStringLiteral("cannot write \"%1\""), [](quint64 id, const QStringList &args) {
+            return hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->grab().save(args.at(1), "PNG");
         });
     add(QStringLiteral("resize"), 3, 3, QStringLiteral("<window> <width> <height>"),
         [this](const QStringList &args, const Done &done) {

@@ -54,8 +54,18 @@ private:
         Handler run;
     };
 
+    using WindowAction = std::function<bool(quint64 windowId, const QStringList &args)>;
+    using Publish = std::function<void(quint64 windowId, const QList<QUrl> &urls)>;
+
     void registerCommands();
     void add(const QString &name, int minArgs, int maxArgs, const QString &usage, Handler run);
+    // A command on the window its first argument names; fails with `failure`
+    // ("%1": the second argument) when `act` returns false.
+    void addWindowCommand(
+        const QString &name, int minArgs, int maxArgs, const QString &usage, const QString &failure, WindowAction act);
+    // A file operation: the window (0 for none) and the URLs that follow it.
+    void addUrlCommand(const QString &name, int minArgs, int maxArgs, const QString &usage, Publish publish);
+    void publishWithUrls(const QStringList &args, const Done &done, const Publish &publish);
     void pump();
     void execute(const QString &line);
     void readStdin();

@@ -204,6 +204,7 @@ forward 1
 address 2 /no/such/place
 address 2 $ROOT/dir
 wait-for item 2 inner.txt
+select 2 inner.txt
 state
 )S"));
     QCOMPARE(result.exitCode, 0);

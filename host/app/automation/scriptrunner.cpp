@@ -53,25 +53,16 @@ bool parseTimeout(const QString &text, int *ms)
 
 QFileDevice::Permissions permissionsFromMode(uint mode)
 {
+    // From the lowest mode bit up; the owner's bits are the running user's too.
+    static const QFileDevice::Permissions bits[]
+        = {QFileDevice::ExeOther, QFileDevice::WriteOther, QFileDevice::ReadOther, QFileDevice::ExeGroup,
+            QFileDevice::WriteGroup, QFileDevice::ReadGroup, QFileDevice::ExeOwner | QFileDevice::ExeUser,
+            QFileDevice::WriteOwner | QFileDevice::WriteUser, QFileDevice::ReadOwner | QFileDevice::ReadUser};
     QFileDevice::Permissions p;
-    if (mode & 0400)
-        p |= QFileDevice::ReadOwner | QFileDevice::ReadUser;
-    if (mode & 0200)
-        p |= QFileDevice::WriteOwner | QFileDevice::WriteUser;
-    if (mode & 0100)
-        p |= QFileDevice::ExeOwner | QFileDevice::ExeUser;
-    if (mode & 0040)
-        p |= QFileDevice::ReadGroup;
-    if (mode & 0020)
-        p |= QFileDevice::WriteGroup;
-    if (mode & 0010)
-        p |= QFileDevice::ExeGroup;
-    if (mode & 0004)
-        p |= QFileDevice::ReadOther;
-    if (mode & 0002)
-        p |= QFileDevice::WriteOther;
-    if (mode & 0001)
-        p |= QFileDevice::ExeOther;
+    for (int bit = 0; bit < 9; ++bit) {
+        if (mode & (1u << bit))
+            p |= bits[bit];
+    }
     return p;
 }
 

@@ -12,27 +12,9 @@ namespace hfmplugin_menu {
 
 using namespace hdehost;
 
-ComputerMenuScene::ComputerMenuScene(QObject *parent) : AbstractMenuScene(parent) { }
-
 QString ComputerMenuScene::name() const
 {
     return Scene::kComputerMenu;
-}
-
-bool ComputerMenuScene::initialize(const QVariantHash &params)
-{
-    windowId = params.value(MenuParam::kWindowId).toULongLong();
-    selected = params.value(MenuParam::kSelectFiles).value<QList<QUrl>>();
-    AbstractMenuScene::initialize(params);
-    return !selected.isEmpty();
-}
-
-QAction *ComputerMenuScene::addAction(QMenu *menu, const QString &id, const QString &text)
-{
-    QAction *action = menu->addAction(text);
-    action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
-    predicateAction.insert(id, action);
-    return action;
 }
 
 bool ComputerMenuScene::create(QMenu *parent)
@@ -62,13 +44,8 @@ QUrl ComputerMenuScene::targetUrl() const
     return entity ? entity->targetUrl() : QUrl();
 }
 
-bool ComputerMenuScene::triggered(QAction *action)
+bool ComputerMenuScene::run(const QString &id)
 {
-    if (!action)
-        return false;
-    if (AbstractMenuScene::scene(action) != this)
-        return AbstractMenuScene::triggered(action);
-    const QString id = action->property(hfmbase::ActionPropertyKey::kActionID).toString();
     const QUrl target = targetUrl();
     if (!target.isValid())
         return false;
@@ -81,11 +58,6 @@ bool ComputerMenuScene::triggered(QAction *action)
     else
         return false;
     return true;
-}
-
-hfmbase::AbstractMenuScene *ComputerMenuCreator::create()
-{
-    return new ComputerMenuScene;
 }
 
 }   // namespace hfmplugin_menu

@@ -67,8 +67,8 @@ void MenuPlugin::initialize()
     channel->connect(Space::kMenu, Topic::kMenuRegisterScene, this, &MenuPlugin::registerScene);
     channel->connect(Space::kMenu, Topic::kMenuBind, this, &MenuPlugin::bindScene);
     channel->connect(Space::kMenu, Topic::kMenuCreateScene, this, &MenuPlugin::createScene);
-    registry->registerScene(Scene::kComputerMenu, new ComputerMenuCreator);
-    registry->registerScene(Scene::kWorkspaceMenu, new WorkspaceMenuCreator);
+    registry->registerScene(Scene::kComputerMenu, new SceneCreator<ComputerMenuScene>);
+    registry->registerScene(Scene::kWorkspaceMenu, new SceneCreator<WorkspaceMenuScene>);
     inspector = new MenuInspector(registry);
 }
 

@@ -41,8 +41,6 @@ bool canDo(const QList<QUrl> &urls, FileInfo::FileCanType type)
 
 }   // namespace
 
-WorkspaceMenuScene::WorkspaceMenuScene(QObject *parent) : AbstractMenuScene(parent) { }
-
 QString WorkspaceMenuScene::name() const
 {
     return Scene::kWorkspaceMenu;
@@ -50,21 +48,11 @@ QString WorkspaceMenuScene::name() const
 
 bool WorkspaceMenuScene::initialize(const QVariantHash &params)
 {
-    windowId = params.value(MenuParam::kWindowId).toULongLong();
-    selected = params.value(MenuParam::kSelectFiles).value<QList<QUrl>>();
+    HostMenuScene::initialize(params);
     currentDir = params.value(MenuParam::kCurrentDir).toUrl();
     if (!currentDir.isValid() && !selected.isEmpty())
         currentDir = parentUrl(selected.first());
-    AbstractMenuScene::initialize(params);
     return !selected.isEmpty() || currentDir.isValid();
-}
-
-QAction *WorkspaceMenuScene::addAction(QMenu *menu, const QString &id, const QString &text)
-{
-    QAction *action = menu->addAction(text);
-    action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
-    predicateAction.insert(id, action);
-    return action;
 }
 
 bool WorkspaceMenuScene::allDirectories() const
@@ -126,14 +114,9 @@ void WorkspaceMenuScene::updateState(QMenu *parent)
     AbstractMenuScene::updateState(parent);
 }
 
-bool WorkspaceMenuScene::triggered(QAction *action)
+bool WorkspaceMenuScene::run(const QString &id)
 {
-    if (!action)
-        return false;
-    if (AbstractMenuScene::scene(action) != this)
-        return AbstractMenuScene::triggered(action);
     auto *dispatcher = hpf::dispatcher();
-    const QString id = action->property(hfmbase::ActionPropertyKey::kActionID).toString();
     const auto noFlags = hfmbase::AbstractJobHandler::JobFlags(hfmbase::AbstractJobHandler::JobFlag::kNoHint);
     if (id == ActionId::kOpen) {
         openSelection();
@@ -215,11 +198,6 @@ void WorkspaceMenuScene::createFolder()
         return;
     hpf::dispatcher()->publish(
         hfmbase::kMkdir, windowId, childUrl(currentDir, name), QVariant(), hfmbase::OperatorCallback());
-}
-
-hfmbase::AbstractMenuScene *WorkspaceMenuCreator::create()
-{
-    return new WorkspaceMenuScene;
 }
 
 }   // namespace hfmplugin_menu

@@ -57,551 +57,17 @@ void expectWarning(const QString &pattern)
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(pattern));
 }
 
-}   // namespace
-
-class TestEvent : public QObject
+template <class F> hpf::Invoker invoker(F func)
 {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init();
-
-    void pushConvertsArguments_data();
-    void pushConvertsArguments();
-    void pushReachesNewestReceiver();
-    void outArgumentsReachReceiver();
-    void callablesTravelInVariants();
-    void objectPointersConvert_data();
-    void objectPointersConvert();
-    void destroyedReceiverIsRefused();
-
-    void publishRunsFiltersThenListeners_data();
-    void publishRunsFiltersThenListeners();
-    void globalFilterSeesTypeAndArguments();
-    void subscribeAppendsToExistingDispatcher();
-    void removalsByOwner();
-    void refusedListenerDoesNotStopOthers();
-    void reentrantCallsFromReceivers();
-
-    void runStopsAtFirstTrue_data();
-    void runStopsAtFirstTrue();
-    void followUndeclaredHookWarns();
-    void hookFillsOutArguments();
-
-    void offMainThreadWarnsAndCalls_data();
-    void offMainThreadWarnsAndCalls();
-    void concurrentSubscribeAndPublish();
-
-private:
-    std::unique_ptr<hpf::EventChannelManager> m_channel;
-    std::unique_ptr<hpf::EventDispatcherManager> m_dispatcher;
-    std::unique_ptr<hpf::EventSequenceManager> m_sequence;
-    std::unique_ptr<Receiver> m_receiver;
-};
-
-void TestEvent::init()
-{
-    m_channel.reset(new hpf::EventChannelManager);
-    m_dispatcher.reset(new hpf::EventDispatcherManager);
-    m_sequence.reset(new hpf::EventSequenceManager);
-    m_receiver.reset(new Receiver);
+    return hpf::makeInvoker(std::move(func), QStringLiteral("test"));
 }
 
-void TestEvent::pushConvertsArguments_data()
+// "a,b c" -> {"a", "b c"}
+QStringList list(const char *items)
 {
-    QTest::addColumn<QString>("topic");
-    QTest::addColumn<QVariantList>("args");
-    QTest::addColumn<QVariant>("expected");
-    QTest::addColumn<QString>("warning");
-
-    QTest::newRow("two ints") << "slot_Add" << QVariantList {2, 3} << QVariant(5) << QString();
-    QTest::newRow("string converted to int")
-        << "slot_Add" << QVariantList {QStringLiteral("40"), 2} << QVariant(42) << QString();
-    QTest::newRow("const member") << "slot_Name" << QVariantList() << QVariant(QStringLiteral("receiver")) << QString();
-    QTest::newRow("void member gives invalid")
-        << "slot_NoReturn" << QVariantList {QStringLiteral("x")} << QVariant() << QString();
-    QTest::newRow("lambda") << "slot_Lambda" << QVariantList {QUrl(QStringLiteral("file:///a/b.txt"))}
-                            << QVariant(QStringLiteral("b.txt")) << QString();
-    QTest::newRow("unknown topic") << "slot_Nobody" << QVariantList {1} << QVariant() << QString();
-    QTest::newRow("too many arguments")
-        << "slot_Add" << QVariantList {1, 2, 3} << QVariant()
-        << "^Event receiver hpftest::slot_Add refused the call: it takes 2 argument\\(s\\), 3 given$";
-    QTest::newRow("too few arguments") << "slot_Add" << QVariantList {1} << QVariant()
-                                       << "hpftest::slot_Add refused the call: it takes 2 argument\\(s\\), 1 given";
-    QTest::newRow("unconvertible type")
-        << "slot_Add" << QVariantList {QUrl(QStringLiteral("file:///x")), 1} << QVariant()
-        << "^Event receiver hpftest::slot_Add refused the call: argument 0 is QUrl and cannot become int$";
-    QTest::newRow("invalid argument") << "slot_Add" << QVariantList {1, QVariant()} << QVariant()
-                                      << "slot_Add refused the call: argument 1 is an invalid value";
-    QTest::newRow("string that is no number")
-        << "slot_Add" << QVariantList {QStringLiteral("x"), 1} << QVariant()
-        << "slot_Add refused the call: argument 0 is QString and cannot become int";
-    QTest::newRow("lambda given an int for a url")
-        << "slot_Lambda" << QVariantList {5} << QVariant() << "slot_Lambda refused the call: argument 0 is int";
+    return QString::fromUtf8(items).split(QLatin1Char(','), Qt::SkipEmptyParts);
 }
 
-void TestEvent::pushConvertsArguments()
-{
-    QFETCH(QString, topic);
-    QFETCH(QVariantList, args);
-    QFETCH(QVariant, expected);
-    QFETCH(QString, warning);
-
-    Receiver *r = m_receiver.get();
-    QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Add"), r, &Receiver::add));
-    QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Name"), r, &Receiver::name));
-    QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_NoReturn"), r, &Receiver::noReturn));
-    QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Lambda"), [](const QUrl &url) { return url.fileName(); }));
-
-    if (!warning.isEmpty())
-        expectWarning(warning);
-    const QVariant result = m_channel->pushList(kSpace, topic, args);
-    QCOMPARE(result.isValid(), expected.isValid());
-    QCOMPARE(result, expected);
-    if (!warning.isEmpty())
-        QVERIFY(r->calls.isEmpty());
-}
-
-void TestEvent::pushReachesNewestReceiver()
-{
-    const QString topic = QStringLiteral("slot_Value");
-    QVERIFY(!m_channel->hasTopic(kSpace, topic));
-    QVERIFY(m_channel->connect(kSpace, topic, [] { return 1; }));
-    QVERIFY(m_channel->connect(kSpace, topic, [] { return 2; }));
-    QCOMPARE(m_channel->push(kSpace, topic), QVariant(2));
-    QVERIFY(m_channel->hasTopic(kSpace, topic));
-    QVERIFY(!m_channel->hasTopic(QStringLiteral("other"), topic));
-
-    QVERIFY(m_channel->disconnect(kSpace, topic));
-    QVERIFY(!m_channel->disconnect(kSpace, topic));
-    QVERIFY(!m_channel->hasTopic(kSpace, topic));
-    QVERIFY(!m_channel->push(kSpace, topic).isValid());
-
-    expectWarning(QStringLiteral("EventChannelManager::connect: refused an empty space"));
-    QVERIFY(!m_channel->connectInvoker(QString(), topic, [](const QVariantList &) { return QVariant(); }));
-}
-
-void TestEvent::outArgumentsReachReceiver()
-{
-    Receiver *r = m_receiver.get();
-    m_channel->connect(kSpace, QStringLiteral("slot_FillName"), r, &Receiver::fillName);
-    m_channel->connect(kSpace, QStringLiteral("slot_Emblems"), r, &Receiver::addEmblems);
-
-    QString name;
-    QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_FillName"), QUrl(QStringLiteral("file:///d/x.txt")), &name),
-        QVariant(true));
-    QCOMPARE(name, QStringLiteral("x.txt"));
-
-    QList<QIcon> icons {QIcon()};
-    QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Emblems"), QUrl(), &icons), QVariant(true));
-    QCOMPARE(icons.size(), 3);
-
-    // A pointer of the wrong kind is refused, the target left alone.
-    expectWarning(QStringLiteral("slot_Emblems refused the call: argument 1 is QString\\*"));
-    QVERIFY(!m_channel->push(kSpace, QStringLiteral("slot_Emblems"), QUrl(), &name).isValid());
-    QCOMPARE(name, QStringLiteral("x.txt"));
-}
-
-void TestEvent::callablesTravelInVariants()
-{
-    const int id = qRegisterMetaType<LabelMaker>("HpfTestLabelMaker");
-    QCOMPARE(QMetaType::type("HpfTestLabelMaker"), id);
-
-    Receiver *r = m_receiver.get();
-    m_channel->connect(kSpace, QStringLiteral("slot_Label"), r, &Receiver::makeLabel);
-    m_channel->connect(kSpace, QStringLiteral("slot_LabelMap"), r, &Receiver::makeLabelFromMap);
-
-    const LabelMaker maker = [](int v) { return QStringLiteral("item %1").arg(v); };
-    QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Label"), maker, 3), QVariant(QStringLiteral("item 3")));
-
-    const QVariantMap map {{QStringLiteral("Maker"), QVariant::fromValue(maker)}};
-    QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_LabelMap"), map), QVariant(QStringLiteral("item 7")));
-}
-
-void TestEvent::objectPointersConvert_data()
-{
-    QTest::addColumn<QString>("topic");
-    QTest::addColumn<QString>("given");
-    QTest::addColumn<QVariant>("expected");
-    QTest::addColumn<QString>("warning");
-
-    QTest::newRow("derived to base parameter") << "slot_ObjectName"
-                                               << "timer" << QVariant(QStringLiteral("the timer")) << QString();
-    QTest::newRow("base pointer to derived parameter") << "slot_Interval"
-                                                       << "timer as object" << QVariant(250) << QString();
-    QTest::newRow("null object pointer") << "slot_Interval"
-                                         << "null" << QVariant(-1) << QString();
-    QTest::newRow("object of another class")
-        << "slot_Interval"
-        << "plain object" << QVariant() << "slot_Interval refused the call: argument 0 is QObject\\*";
-    QTest::newRow("not a pointer") << "slot_ObjectName"
-                                   << "string" << QVariant() << "slot_ObjectName refused the call: argument 0";
-}
-
-void TestEvent::objectPointersConvert()
-{
-    QFETCH(QString, topic);
-    QFETCH(QString, given);
-    QFETCH(QVariant, expected);
-    QFETCH(QString, warning);
-
-    Receiver *r = m_receiver.get();
-    m_channel->connect(kSpace, QStringLiteral("slot_ObjectName"), r, &Receiver::objectNameOf);
-    m_channel->connect(kSpace, QStringLiteral("slot_Interval"), r, &Receiver::timerInterval);
-
-    QTimer timer;
-    timer.setObjectName(QStringLiteral("the timer"));
-    timer.setInterval(250);
-    QObject plain;
-    QVariant arg;
-    if (given == QLatin1String("timer"))
-        arg = QVariant::fromValue(&timer);
-    else if (given == QLatin1String("timer as object"))
-        arg = QVariant::fromValue(static_cast<QObject *>(&timer));
-    else if (given == QLatin1String("null"))
-        arg = QVariant::fromValue(static_cast<QTimer *>(nullptr));
-    else if (given == QLatin1String("plain object"))
-        arg = QVariant::fromValue(&plain);
-    else
-        arg = QStringLiteral("no object");
-
-    if (!warning.isEmpty())
-        expectWarning(warning);
-    QCOMPARE(m_channel->pushList(kSpace, topic, {arg}), expected);
-}
-
-void TestEvent::destroyedReceiverIsRefused()
-{
-    auto *r = new Receiver;
-    m_channel->connect(kSpace, QStringLiteral("slot_Gone"), r, &Receiver::add);
-    m_dispatcher->subscribe(77, r, &Receiver::noReturn);
-    QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Gone"), 1, 1), QVariant(2));
-    delete r;
-
-    expectWarning(
-        QStringLiteral("^Event receiver hpftest::slot_Gone refused the call: its object has been destroyed$"));
-    QVERIFY(!m_channel->push(kSpace, QStringLiteral("slot_Gone"), 1, 1).isValid());
-    expectWarning(QStringLiteral("^Event receiver 77 refused the call: its object has been destroyed$"));
-    QVERIFY(m_dispatcher->publish(77, QStringLiteral("x")));
-}
-
-void TestEvent::publishRunsFiltersThenListeners_data()
-{
-    QTest::addColumn<QString>("global");   // "none", "false" or "true"
-    QTest::addColumn<QList<bool>>("filters");
-    QTest::addColumn<QStringList>("expectedCalls");
-    QTest::addColumn<bool>("expectedResult");
-
-    const QStringList all {
-        QStringLiteral("g"), QStringLiteral("f0"), QStringLiteral("f1"), QStringLiteral("l0"), QStringLiteral("l1")};
-    QTest::newRow("no filters") << "none" << QList<bool>() << QStringList {QStringLiteral("l0"), QStringLiteral("l1")}
-                                << true;
-    QTest::newRow("filters let it pass") << "false" << QList<bool> {false, false} << all << true;
-    QTest::newRow("first filter consumes")
-        << "false" << QList<bool> {true, false} << QStringList {QStringLiteral("g"), QStringLiteral("f0")} << false;
-    QTest::newRow("second filter consumes")
-        << "none" << QList<bool> {false, true} << QStringList {QStringLiteral("f0"), QStringLiteral("f1")} << false;
-    QTest::newRow("global filter consumes first")
-        << "true" << QList<bool> {true, true} << QStringList {QStringLiteral("g")} << false;
-}
-
-void TestEvent::publishRunsFiltersThenListeners()
-{
-    QFETCH(QString, global);
-    QFETCH(QList<bool>, filters);
-    QFETCH(QStringList, expectedCalls);
-    QFETCH(bool, expectedResult);
-
-    const hpf::EventType type = 1;
-    QStringList calls;
-    // Listeners first, so that order of installation cannot fake the result.
-    for (int i = 0; i < 2; ++i) {
-        m_dispatcher->subscribeInvoker(type, this,
-            hpf::makeInvoker(
-                [&calls, i](quint64 id, const QUrl &url) {
-                    QCOMPARE(id, quint64(9));
-                    QCOMPARE(url, QUrl(QStringLiteral("file:///tmp")));
-                    calls << QStringLiteral("l%1").arg(i);
-                },
-                QStringLiteral("listener")));
-    }
-    for (int i = 0; i < filters.size(); ++i) {
-        const bool consume = filters.at(i);
-        m_dispatcher->installFilterInvoker(type, this,
-            hpf::makeInvoker(
-                [&calls, i, consume](quint64, const QUrl &) {
-                    calls << QStringLiteral("f%1").arg(i);
-                    return consume;
-                },
-                QStringLiteral("filter")));
-    }
-    if (global != QLatin1String("none")) {
-        const bool consume = global == QLatin1String("true");
-        m_dispatcher->installGlobalFilterInvoker(this,
-            hpf::makeInvoker(
-                [&calls, consume](hpf::EventType, const QVariantList &) {
-                    calls << QStringLiteral("g");
-                    return consume;
-                },
-                QStringLiteral("global")));
-    }
-
-    QCOMPARE(m_dispatcher->publish(type, quint64(9), QUrl(QStringLiteral("file:///tmp"))), expectedResult);
-    QCOMPARE(calls, expectedCalls);
-}
-
-void TestEvent::globalFilterSeesTypeAndArguments()
-{
-    struct Seen
-    {
-        QList<hpf::EventType> types;
-        QList<QVariantList> args;
-        bool filter(hpf::EventType type, const QVariantList &args)
-        {
-            types << type;
-            this->args << args;
-            return false;
-        }
-    } seen;
-    QVERIFY(m_dispatcher->installGlobalEventFilter(&seen, &Seen::filter));
-    m_dispatcher->publish(208, QStringLiteral("a"), 4);
-    m_dispatcher->publish(1);
-    QCOMPARE(seen.types, (QList<hpf::EventType> {208, 1}));
-    QCOMPARE(seen.args.at(0), (QVariantList {QStringLiteral("a"), 4}));
-    QVERIFY(seen.args.at(1).isEmpty());
-    // Publishing an event nobody subscribed does not create its dispatcher.
-    QVERIFY(!m_dispatcher->hasDispatcher(208));
-}
-
-void TestEvent::subscribeAppendsToExistingDispatcher()
-{
-    Receiver a;
-    Receiver b;
-    QVERIFY(!m_dispatcher->hasDispatcher(5));
-    QVERIFY(m_dispatcher->subscribe(5, &a, &Receiver::noReturn));
-    QVERIFY(m_dispatcher->hasDispatcher(5));
-    QVERIFY(m_dispatcher->subscribe(5, &b, &Receiver::noReturn));
-    QVERIFY(m_dispatcher->installEventFilter(6, &a, &Receiver::fillName));
-    QVERIFY(m_dispatcher->hasDispatcher(6));
-
-    QVERIFY(m_dispatcher->publish(5, QStringLiteral("hello")));
-    QCOMPARE(a.calls, QStringList {QStringLiteral("hello")});
-    QCOMPARE(b.calls, QStringList {QStringLiteral("hello")});
-}
-
-void TestEvent::removalsByOwner()
-{
-    Receiver a;
-    Receiver b;
-    m_dispatcher->subscribe(5, &a, &Receiver::noReturn);
-    m_dispatcher->subscribe(5, &b, &Receiver::noReturn);
-    QVERIFY(m_dispatcher->unsubscribe(5, &a));
-    QVERIFY(!m_dispatcher->unsubscribe(5, &a));
-    QVERIFY(!m_dispatcher->unsubscribe(99, &a));
-    m_dispatcher->publish(5, QStringLiteral("x"));
-    QVERIFY(a.calls.isEmpty());
-    QCOMPARE(b.calls.size(), 1);
-
-    int filtered = 0;
-    m_dispatcher->installFilterInvoker(5, &a,
-        hpf::makeInvoker(
-            [&filtered](const QString &) {
-                ++filtered;
-                return true;
-            },
-            QStringLiteral("f")));
-    QVERIFY(!m_dispatcher->publish(5, QStringLiteral("y")));
-    QVERIFY(m_dispatcher->removeEventFilter(5, &a));
-    QVERIFY(m_dispatcher->publish(5, QStringLiteral("z")));
-    QCOMPARE(filtered, 1);
-
-    m_dispatcher->installGlobalFilterInvoker(&a, [](const QVariantList &) { return QVariant(true); });
-    QVERIFY(!m_dispatcher->publish(5, QStringLiteral("w")));
-    QVERIFY(m_dispatcher->removeGlobalEventFilter(&a));
-    QVERIFY(!m_dispatcher->removeGlobalEventFilter(&a));
-    QVERIFY(m_dispatcher->publish(5, QStringLiteral("v")));
-    QCOMPARE(b.calls, (QStringList {QStringLiteral("x"), QStringLiteral("z"), QStringLiteral("v")}));
-}
-
-void TestEvent::refusedListenerDoesNotStopOthers()
-{
-    // The same event published with one argument reaches a one-argument
-    // listener even though a two-argument listener refuses it.
-    Receiver a;
-    QStringList calls;
-    m_dispatcher->subscribe(2, &a, &Receiver::add);
-    m_dispatcher->subscribeInvoker(
-        2, this, hpf::makeInvoker([&calls](const QUrl &url) { calls << url.toString(); }, QStringLiteral("one")));
-    expectWarning(QStringLiteral("^Event receiver 2 refused the call: it takes 2 argument\\(s\\), 1 given$"));
-    QVERIFY(m_dispatcher->publish(2, QUrl(QStringLiteral("file:///x"))));
-    QCOMPARE(calls, QStringList {QStringLiteral("file:///x")});
-    QVERIFY(a.calls.isEmpty());
-}
-
-void TestEvent::reentrantCallsFromReceivers()
-{
-    // Receivers publish, push, subscribe and follow while a call is running;
-    // none of that may deadlock on the tables' locks.
-    QStringList calls;
-    m_sequence->declare(kSpace, QStringLiteral("hook_Inner"));
-    m_channel->connect(kSpace, QStringLiteral("slot_Inner"), [&calls](int depth) {
-        calls << QStringLiteral("slot %1").arg(depth);
-        return depth;
-    });
-    m_dispatcher->subscribeInvoker(11, this,
-        hpf::makeInvoker(
-            [&calls](int depth) { calls << QStringLiteral("inner %1").arg(depth); }, QStringLiteral("inner")));
-    m_dispatcher->subscribeInvoker(10, this,
-        hpf::makeInvoker(
-            [&, this](int depth) {
-                calls << QStringLiteral("outer %1").arg(depth);
-                m_dispatcher->publish(11, depth);
-                m_channel->push(kSpace, QStringLiteral("slot_Inner"), depth);
-                m_sequence->followInvoker(kSpace, QStringLiteral("hook_Inner"), this, [&calls](const QVariantList &) {
-                    calls << QStringLiteral("hook");
-                    return QVariant(false);
-                });
-                m_sequence->run(kSpace, QStringLiteral("hook_Inner"));
-                // Added during the publish: runs from the next publish on.
-                m_dispatcher->subscribeInvoker(10, this,
-                    hpf::makeInvoker(
-                        [&calls](int d) { calls << QStringLiteral("late %1").arg(d); }, QStringLiteral("late")));
-                if (depth == 0)
-                    m_dispatcher->publish(10, depth + 1);
-            },
-            QStringLiteral("outer")));
-
-    QVERIFY(m_dispatcher->publish(10, 0));
-    const QStringList expected {
-        QStringLiteral("outer 0"),
-        QStringLiteral("inner 0"),
-        QStringLiteral("slot 0"),
-        QStringLiteral("hook"),
-        QStringLiteral("outer 1"),
-        QStringLiteral("inner 1"),
-        QStringLiteral("slot 1"),
-        QStringLiteral("hook"),
-        QStringLiteral("hook"),
-        QStringLiteral("late 1"),
-    };
-    QCOMPARE(calls, expected);
-}
-
-void TestEvent::runStopsAtFirstTrue_data()
-{
-    QTest::addColumn<QList<bool>>("answers");
-    QTest::addColumn<int>("expectedCalls");
-    QTest::addColumn<bool>("expectedResult");
-
-    QTest::newRow("no followers") << QList<bool>() << 0 << false;
-    QTest::newRow("nobody handles") << QList<bool> {false, false} << 2 << false;
-    QTest::newRow("first handles") << QList<bool> {true, false} << 1 << true;
-    QTest::newRow("middle handles") << QList<bool> {false, true, true} << 2 << true;
-    QTest::newRow("last handles") << QList<bool> {false, false, true} << 3 << true;
-}
-
-void TestEvent::runStopsAtFirstTrue()
-{
-    QFETCH(QList<bool>, answers);
-    QFETCH(int, expectedCalls);
-    QFETCH(bool, expectedResult);
-
-    const QString hook = QStringLiteral("hook_Answer");
-    QVERIFY(m_sequence->declare(kSpace, hook));
-    QVERIFY(m_sequence->isDeclared(kSpace, hook));
-    int calls = 0;
-    for (bool answer : qAsConst(answers)) {
-        QVERIFY(m_sequence->followInvoker(kSpace, hook, this,
-            hpf::makeInvoker(
-                [&calls, answer](const QString &) {
-                    ++calls;
-                    return answer;
-                },
-                QStringLiteral("follower"))));
-    }
-    QCOMPARE(m_sequence->run(kSpace, hook, QStringLiteral("arg")), expectedResult);
-    QCOMPARE(calls, expectedCalls);
-
-    QCOMPARE(m_sequence->unfollow(kSpace, hook, this), !answers.isEmpty());
-    calls = 0;
-    QVERIFY(!m_sequence->run(kSpace, hook, QStringLiteral("arg")));
-    QCOMPARE(calls, 0);
-}
-
-void TestEvent::followUndeclaredHookWarns()
-{
-    Receiver r;
-    expectWarning(QStringLiteral("^EventSequenceManager::follow: invalid topic hpftest::hook_Missing"));
-    QVERIFY(!m_sequence->follow(kSpace, QStringLiteral("hook_Missing"), &r, &Receiver::fillName));
-    QVERIFY(!m_sequence->isDeclared(kSpace, QStringLiteral("hook_Missing")));
-    QVERIFY(!m_sequence->run(kSpace, QStringLiteral("hook_Missing"), QUrl(), static_cast<QString *>(nullptr)));
-
-    // Declaring twice keeps the followers.
-    QVERIFY(m_sequence->declare(kSpace, QStringLiteral("hook_Twice")));
-    QVERIFY(m_sequence->follow(kSpace, QStringLiteral("hook_Twice"), &r, &Receiver::fillName));
-    QVERIFY(m_sequence->declare(kSpace, QStringLiteral("hook_Twice")));
-    QString name;
-    QVERIFY(m_sequence->run(kSpace, QStringLiteral("hook_Twice"), QUrl(QStringLiteral("file:///n")), &name));
-    QCOMPARE(name, QStringLiteral("n"));
-}
-
-void TestEvent::hookFillsOutArguments()
-{
-    Receiver r;
-    const QString hook = QStringLiteral("hook_Emblems");
-    m_sequence->declare(kSpace, hook);
-    QVERIFY(m_sequence->follow(kSpace, hook, &r, &Receiver::addEmblems));
-    QList<QIcon> icons;
-    QVERIFY(m_sequence->run(kSpace, hook, QUrl(QStringLiteral("nubix:///a")), &icons));
-    QCOMPARE(icons.size(), 2);
-}
-
-void TestEvent::offMainThreadWarnsAndCalls_data()
-{
-    QTest::addColumn<QString>("channel");
-    QTest::addColumn<QString>("name");
-
-    QTest::newRow("slot push") << "slot"
-                               << "hpftest::slot_Thread";
-    QTest::newRow("event publish") << "event"
-                                   << "4242";
-    QTest::newRow("hook run") << "hook"
-                              << "hpftest::hook_Thread";
-}
-
-void TestEvent::offMainThreadWarnsAndCalls()
-{
-    QFETCH(QString, channel);
-    QFETCH(QString, name);
-
-    QAtomicInt calledOn(0);
-    QThread *mainThread = QThread::currentThread();
-    auto receiver = [&calledOn, mainThread](int v) {
-        calledOn.storeRelease(QThread::currentThread() != mainThread ? v : -1);
-        return false;
-    };
-    m_channel->connect(kSpace, QStringLiteral("slot_Thread"), receiver);
-    m_dispatcher->subscribeInvoker(4242, this, hpf::makeInvoker(receiver, QStringLiteral("4242")));
-    m_sequence->declare(kSpace, QStringLiteral("hook_Thread"));
-    m_sequence->followInvoker(
-        kSpace, QStringLiteral("hook_Thread"), this, hpf::makeInvoker(receiver, QStringLiteral("hook")));
-
-    QTest::ignoreMessage(QtWarningMsg,
-        qPrintable(QStringLiteral("[Event Thread]: The event call does not run in the main thread: ") + name));
-    QScopedPointer<QThread> worker(QThread::create([&] {
-        if (channel == QLatin1String("slot"))
-            m_channel->push(kSpace, QStringLiteral("slot_Thread"), 7);
-        else if (channel == QLatin1String("event"))
-            m_dispatcher->publish(4242, 7);
-        else
-            m_sequence->run(kSpace, QStringLiteral("hook_Thread"), 7);
-    }));
-    worker->start();
-    QVERIFY(worker->wait(10000));
-    QCOMPARE(calledOn.loadAcquire(), 7);
-}
-
-namespace {
 QAtomicInt g_threadWarnings;
 QtMessageHandler g_previousHandler = nullptr;
 
@@ -612,50 +78,482 @@ void countThreadWarnings(QtMsgType type, const QMessageLogContext &context, cons
     else
         g_previousHandler(type, context, message);
 }
+
 }   // namespace
 
-void TestEvent::concurrentSubscribeAndPublish()
+class TestEvent : public QObject
 {
-    // Workers add receivers and call all three channels at once; every call
-    // must arrive and be reported as off the GUI thread exactly once.
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 200;
-    QAtomicInt listened;
-    QAtomicInt pushed;
-    QAtomicInt followed;
-    m_sequence->declare(kSpace, QStringLiteral("hook_Busy"));
-    m_channel->connect(kSpace, QStringLiteral("slot_Busy"), [&pushed](int) { pushed.ref(); });
+    Q_OBJECT
 
-    g_threadWarnings.storeRelaxed(0);
-    g_previousHandler = qInstallMessageHandler(countThreadWarnings);
-    std::vector<std::unique_ptr<QThread>> workers;
-    for (int t = 0; t < kThreads; ++t) {
-        workers.emplace_back(QThread::create([&, t] {
-            const hpf::EventType type = 500 + t;
-            for (int i = 0; i < kRounds; ++i) {
-                m_dispatcher->subscribeInvoker(
-                    type, this, hpf::makeInvoker([&listened](int) { listened.ref(); }, QStringLiteral("busy")));
-                m_sequence->followInvoker(kSpace, QStringLiteral("hook_Busy"), this, [&followed](const QVariantList &) {
-                    followed.ref();
-                    return QVariant(true);
-                });
-                m_dispatcher->publish(type, i);
-                m_channel->push(kSpace, QStringLiteral("slot_Busy"), i);
-                m_sequence->run(kSpace, QStringLiteral("hook_Busy"), i);
-            }
-        }));
-        workers.back()->start();
+private Q_SLOTS:
+    void init()
+    {
+        m_channel.reset(new hpf::EventChannelManager);
+        m_dispatcher.reset(new hpf::EventDispatcherManager);
+        m_sequence.reset(new hpf::EventSequenceManager);
+        m_receiver.reset(new Receiver);
     }
-    for (auto &worker : workers)
-        QVERIFY(worker->wait(60000));
-    qInstallMessageHandler(g_previousHandler);
 
-    // Round i of a thread publishes to i + 1 listeners of its own event.
-    QCOMPARE(listened.loadRelaxed(), kThreads * kRounds * (kRounds + 1) / 2);
-    QCOMPARE(pushed.loadRelaxed(), kThreads * kRounds);
-    QCOMPARE(followed.loadRelaxed(), kThreads * kRounds);
-    QCOMPARE(g_threadWarnings.loadRelaxed(), kThreads * kRounds * 3);
-}
+    void pushConvertsArguments_data()
+    {
+        QTest::addColumn<QString>("topic");
+        QTest::addColumn<QVariantList>("args");
+        QTest::addColumn<QVariant>("expected");
+        QTest::addColumn<QString>("warning");
+
+        QTest::newRow("two ints") << "slot_Add" << QVariantList {2, 3} << QVariant(5) << QString();
+        QTest::newRow("string converted to int")
+            << "slot_Add" << QVariantList {QStringLiteral("40"), 2} << QVariant(42) << QString();
+        QTest::newRow("const member") << "slot_Name" << QVariantList() << QVariant(QStringLiteral("receiver"))
+                                      << QString();
+        QTest::newRow("void member gives invalid")
+            << "slot_NoReturn" << QVariantList {QStringLiteral("x")} << QVariant() << QString();
+        QTest::newRow("lambda") << "slot_Lambda" << QVariantList {QUrl(QStringLiteral("file:///a/b.txt"))}
+                                << QVariant(QStringLiteral("b.txt")) << QString();
+        QTest::newRow("unknown topic") << "slot_Nobody" << QVariantList {1} << QVariant() << QString();
+        QTest::newRow("too many arguments")
+            << "slot_Add" << QVariantList {1, 2, 3} << QVariant()
+            << "^Event receiver hpftest::slot_Add refused the call: it takes 2 argument\\(s\\), 3 given$";
+        QTest::newRow("too few arguments") << "slot_Add" << QVariantList {1} << QVariant()
+                                           << "hpftest::slot_Add refused the call: it takes 2 argument\\(s\\), 1 given";
+        QTest::newRow("unconvertible type")
+            << "slot_Add" << QVariantList {QUrl(QStringLiteral("file:///x")), 1} << QVariant()
+            << "^Event receiver hpftest::slot_Add refused the call: argument 0 is QUrl and cannot become int$";
+        QTest::newRow("invalid argument") << "slot_Add" << QVariantList {1, QVariant()} << QVariant()
+                                          << "slot_Add refused the call: argument 1 is an invalid value";
+        QTest::newRow("string that is no number")
+            << "slot_Add" << QVariantList {QStringLiteral("x"), 1} << QVariant()
+            << "slot_Add refused the call: argument 0 is QString and cannot become int";
+        QTest::newRow("lambda given an int for a url")
+            << "slot_Lambda" << QVariantList {5} << QVariant() << "slot_Lambda refused the call: argument 0 is int";
+    }
+    void pushConvertsArguments()
+    {
+        QFETCH(QString, topic);
+        QFETCH(QVariantList, args);
+        QFETCH(QVariant, expected);
+        QFETCH(QString, warning);
+
+        Receiver *r = m_receiver.get();
+        QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Add"), r, &Receiver::add));
+        QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Name"), r, &Receiver::name));
+        QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_NoReturn"), r, &Receiver::noReturn));
+        QVERIFY(
+            m_channel->connect(kSpace, QStringLiteral("slot_Lambda"), [](const QUrl &url) { return url.fileName(); }));
+
+        if (!warning.isEmpty())
+            expectWarning(warning);
+        const QVariant result = m_channel->pushList(kSpace, topic, args);
+        QCOMPARE(result.isValid(), expected.isValid());
+        QCOMPARE(result, expected);
+        if (!warning.isEmpty())
+            QVERIFY(r->calls.isEmpty());
+    }
+
+    void pushReachesNewestReceiver()
+    {
+        const QString topic = QStringLiteral("slot_Value");
+        QVERIFY(!m_channel->hasTopic(kSpace, topic));
+        QVERIFY(m_channel->connect(kSpace, topic, [] { return 1; }));
+        QVERIFY(m_channel->connect(kSpace, topic, [] { return 2; }));
+        QCOMPARE(m_channel->push(kSpace, topic), QVariant(2));
+        QVERIFY(m_channel->hasTopic(kSpace, topic));
+        QVERIFY(!m_channel->hasTopic(QStringLiteral("other"), topic));
+
+        QVERIFY(m_channel->disconnect(kSpace, topic));
+        QVERIFY(!m_channel->disconnect(kSpace, topic));
+        QVERIFY(!m_channel->hasTopic(kSpace, topic));
+        QVERIFY(!m_channel->push(kSpace, topic).isValid());
+
+        expectWarning(QStringLiteral("EventChannelManager::connect: refused an empty space"));
+        QVERIFY(!m_channel->connectInvoker(QString(), topic, [](const QVariantList &) { return QVariant(); }));
+    }
+
+    void outArgumentsReachReceiver()
+    {
+        Receiver *r = m_receiver.get();
+        m_channel->connect(kSpace, QStringLiteral("slot_FillName"), r, &Receiver::fillName);
+        m_channel->connect(kSpace, QStringLiteral("slot_Emblems"), r, &Receiver::addEmblems);
+
+        QString name;
+        QCOMPARE(
+            m_channel->push(kSpace, QStringLiteral("slot_FillName"), QUrl(QStringLiteral("file:///d/x.txt")), &name),
+            QVariant(true));
+        QCOMPARE(name, QStringLiteral("x.txt"));
+
+        QList<QIcon> icons {QIcon()};
+        QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Emblems"), QUrl(), &icons), QVariant(true));
+        QCOMPARE(icons.size(), 3);
+
+        // A pointer of the wrong kind is refused, the target left alone.
+        expectWarning(QStringLiteral("slot_Emblems refused the call: argument 1 is QString\\*"));
+        QVERIFY(!m_channel->push(kSpace, QStringLiteral("slot_Emblems"), QUrl(), &name).isValid());
+        QCOMPARE(name, QStringLiteral("x.txt"));
+    }
+
+    void callablesTravelInVariants()
+    {
+        qRegisterMetaType<LabelMaker>("HpfTestLabelMaker");
+        Receiver *r = m_receiver.get();
+        m_channel->connect(kSpace, QStringLiteral("slot_Label"), r, &Receiver::makeLabel);
+        m_channel->connect(kSpace, QStringLiteral("slot_LabelMap"), r, &Receiver::makeLabelFromMap);
+
+        const LabelMaker maker = [](int v) { return QStringLiteral("item %1").arg(v); };
+        QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Label"), maker, 3), QVariant(QStringLiteral("item 3")));
+
+        const QVariantMap map {{QStringLiteral("Maker"), QVariant::fromValue(maker)}};
+        QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_LabelMap"), map), QVariant(QStringLiteral("item 7")));
+    }
+
+    void objectPointersConvert_data()
+    {
+        QTest::addColumn<QString>("topic");
+        QTest::addColumn<int>("given");   // index into the arguments made by the test
+        QTest::addColumn<QVariant>("expected");
+        QTest::addColumn<QString>("warning");
+
+        QTest::newRow("derived to base parameter")
+            << "slot_ObjectName" << 0 << QVariant(QStringLiteral("the timer")) << QString();
+        QTest::newRow("base pointer to derived parameter") << "slot_Interval" << 1 << QVariant(250) << QString();
+        QTest::newRow("null object pointer") << "slot_Interval" << 2 << QVariant(-1) << QString();
+        QTest::newRow("object of another class")
+            << "slot_Interval" << 3 << QVariant() << "slot_Interval refused the call: argument 0 is QObject\\*";
+        QTest::newRow("not a pointer") << "slot_ObjectName" << 4 << QVariant()
+                                       << "slot_ObjectName refused the call: argument 0";
+    }
+    void objectPointersConvert()
+    {
+        QFETCH(QString, topic);
+        QFETCH(int, given);
+        QFETCH(QVariant, expected);
+        QFETCH(QString, warning);
+
+        Receiver *r = m_receiver.get();
+        m_channel->connect(kSpace, QStringLiteral("slot_ObjectName"), r, &Receiver::objectNameOf);
+        m_channel->connect(kSpace, QStringLiteral("slot_Interval"), r, &Receiver::timerInterval);
+
+        QTimer timer;
+        timer.setObjectName(QStringLiteral("the timer"));
+        timer.setInterval(250);
+        QObject plain;
+        const QVariant args[] = {QVariant::fromValue(&timer), QVariant::fromValue(static_cast<QObject *>(&timer)),
+            QVariant::fromValue(static_cast<QTimer *>(nullptr)), QVariant::fromValue(&plain),
+            QStringLiteral("no object")};
+
+        if (!warning.isEmpty())
+            expectWarning(warning);
+        QCOMPARE(m_channel->pushList(kSpace, topic, {args[given]}), expected);
+    }
+
+    void destroyedReceiverIsRefused()
+    {
+        auto *r = new Receiver;
+        m_channel->connect(kSpace, QStringLiteral("slot_Gone"), r, &Receiver::add);
+        m_dispatcher->subscribe(77, r, &Receiver::noReturn);
+        QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Gone"), 1, 1), QVariant(2));
+        delete r;
+
+        expectWarning(
+            QStringLiteral("^Event receiver hpftest::slot_Gone refused the call: its object has been destroyed$"));
+        QVERIFY(!m_channel->push(kSpace, QStringLiteral("slot_Gone"), 1, 1).isValid());
+        expectWarning(QStringLiteral("^Event receiver 77 refused the call: its object has been destroyed$"));
+        QVERIFY(m_dispatcher->publish(77, QStringLiteral("x")));
+    }
+
+    void publishRunsFiltersThenListeners_data()
+    {
+        QTest::addColumn<QString>("global");   // "none", "false" or "true"
+        QTest::addColumn<QList<bool>>("filters");
+        QTest::addColumn<QStringList>("expectedCalls");
+        QTest::addColumn<bool>("expectedResult");
+
+        QTest::newRow("no filters") << "none" << QList<bool>() << list("l0,l1") << true;
+        QTest::newRow("filters let it pass") << "false" << QList<bool> {false, false} << list("g,f0,f1,l0,l1") << true;
+        QTest::newRow("first filter consumes") << "false" << QList<bool> {true, false} << list("g,f0") << false;
+        QTest::newRow("second filter consumes") << "none" << QList<bool> {false, true} << list("f0,f1") << false;
+        QTest::newRow("global filter consumes first") << "true" << QList<bool> {true, true} << list("g") << false;
+    }
+    void publishRunsFiltersThenListeners()
+    {
+        QFETCH(QString, global);
+        QFETCH(QList<bool>, filters);
+
+        const hpf::EventType type = 1;
+        QStringList calls;
+        // Listeners first, so that order of installation cannot fake the result.
+        for (int i = 0; i < 2; ++i) {
+            m_dispatcher->subscribeInvoker(type, this, invoker([&calls, i](quint64 id, const QUrl &url) {
+                QCOMPARE(id, quint64(9));
+                QCOMPARE(url, QUrl(QStringLiteral("file:///tmp")));
+                calls << QStringLiteral("l%1").arg(i);
+            }));
+        }
+        for (int i = 0; i < filters.size(); ++i) {
+            const bool consume = filters.at(i);
+            m_dispatcher->installFilterInvoker(type, this, invoker([&calls, i, consume](quint64, const QUrl &) {
+                calls << QStringLiteral("f%1").arg(i);
+                return consume;
+            }));
+        }
+        if (global != QLatin1String("none")) {
+            const bool consume = global == QLatin1String("true");
+            m_dispatcher->installGlobalFilterInvoker(
+                this, invoker([&calls, consume](hpf::EventType, const QVariantList &) {
+                    calls << QStringLiteral("g");
+                    return consume;
+                }));
+        }
+
+        QTEST(m_dispatcher->publish(type, quint64(9), QUrl(QStringLiteral("file:///tmp"))), "expectedResult");
+        QTEST(calls, "expectedCalls");
+    }
+
+    void globalFilterSeesTypeAndArguments()
+    {
+        struct Seen
+        {
+            QList<hpf::EventType> types;
+            QList<QVariantList> args;
+            bool filter(hpf::EventType type, const QVariantList &args)
+            {
+                types << type;
+                this->args << args;
+                return false;
+            }
+        } seen;
+        QVERIFY(m_dispatcher->installGlobalEventFilter(&seen, &Seen::filter));
+        m_dispatcher->publish(208, QStringLiteral("a"), 4);
+        m_dispatcher->publish(1);
+        QCOMPARE(seen.types, (QList<hpf::EventType> {208, 1}));
+        QCOMPARE(seen.args.at(0), (QVariantList {QStringLiteral("a"), 4}));
+        QVERIFY(seen.args.at(1).isEmpty());
+        // Publishing an event nobody subscribed does not create its dispatcher.
+        QVERIFY(!m_dispatcher->hasDispatcher(208));
+    }
+
+    void subscribeAndRemoveByOwner()
+    {
+        Receiver a;
+        Receiver b;
+        QVERIFY(!m_dispatcher->hasDispatcher(5));
+        QVERIFY(m_dispatcher->subscribe(5, &a, &Receiver::noReturn));
+        QVERIFY(m_dispatcher->hasDispatcher(5));
+        QVERIFY(m_dispatcher->subscribe(5, &b, &Receiver::noReturn));
+        QVERIFY(m_dispatcher->installEventFilter(6, &a, &Receiver::fillName));
+        QVERIFY(m_dispatcher->hasDispatcher(6));
+        QVERIFY(m_dispatcher->publish(5, QStringLiteral("hello")));
+        QCOMPARE(a.calls, QStringList {QStringLiteral("hello")});
+
+        QVERIFY(m_dispatcher->unsubscribe(5, &a));
+        QVERIFY(!m_dispatcher->unsubscribe(5, &a));
+        QVERIFY(!m_dispatcher->unsubscribe(99, &a));
+        m_dispatcher->publish(5, QStringLiteral("x"));
+        QCOMPARE(a.calls.size(), 1);
+
+        int filtered = 0;
+        m_dispatcher->installFilterInvoker(5, &a, invoker([&filtered](const QString &) {
+            ++filtered;
+            return true;
+        }));
+        QVERIFY(!m_dispatcher->publish(5, QStringLiteral("y")));
+        QVERIFY(m_dispatcher->removeEventFilter(5, &a));
+        QVERIFY(m_dispatcher->publish(5, QStringLiteral("z")));
+        QCOMPARE(filtered, 1);
+
+        m_dispatcher->installGlobalFilterInvoker(&a, [](const QVariantList &) { return QVariant(true); });
+        QVERIFY(!m_dispatcher->publish(5, QStringLiteral("w")));
+        QVERIFY(m_dispatcher->removeGlobalEventFilter(&a));
+        QVERIFY(!m_dispatcher->removeGlobalEventFilter(&a));
+        QVERIFY(m_dispatcher->publish(5, QStringLiteral("v")));
+        QCOMPARE(b.calls, list("hello,x,z,v"));
+    }
+
+    void refusedListenerDoesNotStopOthers()
+    {
+        // The same event published with one argument reaches a one-argument
+        // listener even though a two-argument listener refuses it.
+        Receiver a;
+        QStringList calls;
+        m_dispatcher->subscribe(2, &a, &Receiver::add);
+        m_dispatcher->subscribeInvoker(2, this, invoker([&calls](const QUrl &url) { calls << url.toString(); }));
+        expectWarning(QStringLiteral("^Event receiver 2 refused the call: it takes 2 argument\\(s\\), 1 given$"));
+        QVERIFY(m_dispatcher->publish(2, QUrl(QStringLiteral("file:///x"))));
+        QCOMPARE(calls, QStringList {QStringLiteral("file:///x")});
+        QVERIFY(a.calls.isEmpty());
+    }
+
+    void reentrantCallsFromReceivers()
+    {
+        // Receivers publish, push, subscribe and follow while a call is running;
+        // none of that may deadlock on the tables' locks.
+        QStringList calls;
+        m_sequence->declare(kSpace, QStringLiteral("hook_Inner"));
+        m_channel->connect(kSpace, QStringLiteral("slot_Inner"), [&calls](int depth) {
+            calls << QStringLiteral("slot %1").arg(depth);
+            return depth;
+        });
+        m_dispatcher->subscribeInvoker(
+            11, this, invoker([&calls](int depth) { calls << QStringLiteral("inner %1").arg(depth); }));
+        m_dispatcher->subscribeInvoker(10, this, invoker([&, this](int depth) {
+            calls << QStringLiteral("outer %1").arg(depth);
+            m_dispatcher->publish(11, depth);
+            m_channel->push(kSpace, QStringLiteral("slot_Inner"), depth);
+            m_sequence->followInvoker(kSpace, QStringLiteral("hook_Inner"), this, [&calls](const QVariantList &) {
+                calls << QStringLiteral("hook");
+                return QVariant(false);
+            });
+            m_sequence->run(kSpace, QStringLiteral("hook_Inner"));
+            // Added during the publish: runs from the next publish on.
+            m_dispatcher->subscribeInvoker(
+                10, this, invoker([&calls](int d) { calls << QStringLiteral("late %1").arg(d); }));
+            if (depth == 0)
+                m_dispatcher->publish(10, depth + 1);
+        }));
+
+        QVERIFY(m_dispatcher->publish(10, 0));
+        QCOMPARE(calls, list("outer 0,inner 0,slot 0,hook,outer 1,inner 1,slot 1,hook,hook,late 1"));
+    }
+
+    void runStopsAtFirstTrue_data()
+    {
+        QTest::addColumn<QList<bool>>("answers");
+        QTest::addColumn<int>("expectedCalls");
+        QTest::addColumn<bool>("expectedResult");
+
+        QTest::newRow("no followers") << QList<bool>() << 0 << false;
+        QTest::newRow("nobody handles") << QList<bool> {false, false} << 2 << false;
+        QTest::newRow("first handles") << QList<bool> {true, false} << 1 << true;
+        QTest::newRow("middle handles") << QList<bool> {false, true, true} << 2 << true;
+        QTest::newRow("last handles") << QList<bool> {false, false, true} << 3 << true;
+    }
+    void runStopsAtFirstTrue()
+    {
+        QFETCH(QList<bool>, answers);
+
+        const QString hook = QStringLiteral("hook_Answer");
+        QVERIFY(m_sequence->declare(kSpace, hook));
+        QVERIFY(m_sequence->isDeclared(kSpace, hook));
+        int calls = 0;
+        for (bool answer : qAsConst(answers)) {
+            QVERIFY(m_sequence->followInvoker(kSpace, hook, this, invoker([&calls, answer](const QString &) {
+                ++calls;
+                return answer;
+            })));
+        }
+        QTEST(m_sequence->run(kSpace, hook, QStringLiteral("arg")), "expectedResult");
+        QTEST(calls, "expectedCalls");
+
+        QCOMPARE(m_sequence->unfollow(kSpace, hook, this), !answers.isEmpty());
+        calls = 0;
+        QVERIFY(!m_sequence->run(kSpace, hook, QStringLiteral("arg")));
+        QCOMPARE(calls, 0);
+    }
+
+    void followUndeclaredHookWarns()
+    {
+        Receiver r;
+        expectWarning(QStringLiteral("^EventSequenceManager::follow: invalid topic hpftest::hook_Missing"));
+        QVERIFY(!m_sequence->follow(kSpace, QStringLiteral("hook_Missing"), &r, &Receiver::fillName));
+        QVERIFY(!m_sequence->isDeclared(kSpace, QStringLiteral("hook_Missing")));
+        QVERIFY(!m_sequence->run(kSpace, QStringLiteral("hook_Missing"), QUrl(), static_cast<QString *>(nullptr)));
+
+        // Declaring twice keeps the followers, which fill out-arguments.
+        QVERIFY(m_sequence->declare(kSpace, QStringLiteral("hook_Twice")));
+        QVERIFY(m_sequence->follow(kSpace, QStringLiteral("hook_Twice"), &r, &Receiver::fillName));
+        QVERIFY(m_sequence->declare(kSpace, QStringLiteral("hook_Twice")));
+        QString name;
+        QVERIFY(m_sequence->run(kSpace, QStringLiteral("hook_Twice"), QUrl(QStringLiteral("file:///n")), &name));
+        QCOMPARE(name, QStringLiteral("n"));
+    }
+
+    void offMainThreadWarnsAndCalls_data()
+    {
+        QTest::addColumn<QString>("channel");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("slot push") << QStringLiteral("slot") << QStringLiteral("hpftest::slot_Thread");
+        QTest::newRow("event publish") << QStringLiteral("event") << QStringLiteral("4242");
+        QTest::newRow("hook run") << QStringLiteral("hook") << QStringLiteral("hpftest::hook_Thread");
+    }
+    void offMainThreadWarnsAndCalls()
+    {
+        QFETCH(QString, channel);
+        QFETCH(QString, name);
+
+        QAtomicInt calledOn(0);
+        QThread *mainThread = QThread::currentThread();
+        auto receiver = [&calledOn, mainThread](int v) {
+            calledOn.storeRelease(QThread::currentThread() != mainThread ? v : -1);
+            return false;
+        };
+        m_channel->connect(kSpace, QStringLiteral("slot_Thread"), receiver);
+        m_dispatcher->subscribeInvoker(4242, this, invoker(receiver));
+        m_sequence->declare(kSpace, QStringLiteral("hook_Thread"));
+        m_sequence->followInvoker(kSpace, QStringLiteral("hook_Thread"), this, invoker(receiver));
+
+        QTest::ignoreMessage(QtWarningMsg,
+            qPrintable(QStringLiteral("[Event Thread]: The event call does not run in the main thread: ") + name));
+        QScopedPointer<QThread> worker(QThread::create([&] {
+            if (channel == QLatin1String("slot"))
+                m_channel->push(kSpace, QStringLiteral("slot_Thread"), 7);
+            else if (channel == QLatin1String("event"))
+                m_dispatcher->publish(4242, 7);
+            else
+                m_sequence->run(kSpace, QStringLiteral("hook_Thread"), 7);
+        }));
+        worker->start();
+        QVERIFY(worker->wait(10000));
+        QCOMPARE(calledOn.loadAcquire(), 7);
+    }
+
+    void concurrentSubscribeAndPublish()
+    {
+        // Workers add receivers and call all three channels at once; every call
+        // must arrive and be reported as off the GUI thread exactly once.
+        constexpr int kThreads = 4;
+        constexpr int kRounds = 200;
+        QAtomicInt listened;
+        QAtomicInt pushed;
+        QAtomicInt followed;
+        m_sequence->declare(kSpace, QStringLiteral("hook_Busy"));
+        m_channel->connect(kSpace, QStringLiteral("slot_Busy"), [&pushed](int) { pushed.ref(); });
+
+        g_threadWarnings.storeRelaxed(0);
+        g_previousHandler = qInstallMessageHandler(countThreadWarnings);
+        std::vector<std::unique_ptr<QThread>> workers;
+        for (int t = 0; t < kThreads; ++t) {
+            workers.emplace_back(QThread::create([&, t] {
+                const hpf::EventType type = 500 + t;
+                for (int i = 0; i < kRounds; ++i) {
+                    m_dispatcher->subscribeInvoker(type, this, invoker([&listened](int) { listened.ref(); }));
+                    m_sequence->followInvoker(
+                        kSpace, QStringLiteral("hook_Busy"), this, [&followed](const QVariantList &) {
+                            followed.ref();
+                            return QVariant(true);
+                        });
+                    m_dispatcher->publish(type, i);
+                    m_channel->push(kSpace, QStringLiteral("slot_Busy"), i);
+                    m_sequence->run(kSpace, QStringLiteral("hook_Busy"), i);
+                }
+            }));
+            workers.back()->start();
+        }
+        for (auto &worker : workers)
+            QVERIFY(worker->wait(60000));
+        qInstallMessageHandler(g_previousHandler);
+
+        // Round i of a thread publishes to i + 1 listeners of its own event.
+        QCOMPARE(listened.loadRelaxed(), kThreads * kRounds * (kRounds + 1) / 2);
+        QCOMPARE(pushed.loadRelaxed(), kThreads * kRounds);
+        QCOMPARE(followed.loadRelaxed(), kThreads * kRounds);
+        QCOMPARE(g_threadWarnings.loadRelaxed(), kThreads * kRounds * 3);
+    }
+
+private:
+    std::unique_ptr<hpf::EventChannelManager> m_channel;
+    std::unique_ptr<hpf::EventDispatcherManager> m_dispatcher;
+    std::unique_ptr<hpf::EventSequenceManager> m_sequence;
+    std::unique_ptr<Receiver> m_receiver;
+};
 
 QTEST_GUILESS_MAIN(TestEvent)
 #include "tst_event.moc"

@@ -15,14 +15,12 @@
 #include <QTimer>
 #include <QUrl>
 
-#include <algorithm>
 #include <mutex>
 
 namespace hfmplugin_nubix {
 
 namespace {
 constexpr int kSaveDelayMs = 500;
-constexpr int kStoreSlice = 256;
 const QString kWorkspaceSpace = QStringLiteral("hfmplugin_workspace");
 const QString kFileUpdateSlot = QStringLiteral("slot_Model_FileUpdate");
 
@@ -173,18 +171,15 @@ FileData NubixCaches::fileData(const QString &path) const
 void NubixCaches::cacheFileDatas(const QList<FileData> &datas)
 {
     hpf::EventChannelManager *channel = hpf::channel();
-    // Entries are stored a slice at a time, so that an answer of thousands
-    // takes the lock a few times only and never holds it for long.
-    for (int begin = 0; begin < datas.size(); begin += kStoreSlice) {
-        const int end = std::min(int(datas.size()), begin + kStoreSlice);
+    for (const FileData &data : datas) {
+        // One entry at a time, so that whoever repaints an item reads the
+        // status it is being told about, and the lock is never held long.
         {
             WriteLock locker(lock);
-            for (int i = begin; i < end; ++i)
-                store(datas.at(i));
+            store(data);
         }
         // Every entry repaints its item, changed or not; parents are left alone.
-        for (int i = begin; i < end; ++i)
-            channel->push(kWorkspaceSpace, kFileUpdateSlot, cloudUrl(datas.at(i).path));
+        channel->push(kWorkspaceSpace, kFileUpdateSlot, cloudUrl(data.path));
     }
 }
 
@@ -262,7 +257,9 @@ void NubixCaches::saveCache()
         syncCopy = sync;
         userCopy = user;
     }
-    // The settings object writes the file when it goes out of scope.
+    // The settings object writes the file when it goes out of scope. It sorts
+    // the keys itself, so they do not appear in the order set here; readers go
+    // by key, never by position.
     QSettings settings(cachePath(), QSettings::IniFormat);
     settings.setValue(kKeyInited, syncCopy.syncInited);
     settings.setValue(kKeyIsPublic, syncCopy.isPublicCloud);

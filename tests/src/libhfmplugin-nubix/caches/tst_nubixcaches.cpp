@@ -58,6 +58,7 @@ private Q_SLOTS:
     void repaintsTheUrlUserInputGives_data();
     void repaintsTheUrlUserInputGives();
     void laterStatusReplacesEarlier();
+    void eachEntryIsStoredBeforeItsRepaint();
     void looksUpExactPathsOnly_data();
     void looksUpExactPathsOnly();
     void removesExactPathOnly();
@@ -78,6 +79,8 @@ private:
     NubixCaches *caches = nullptr;
     LocalPeer peer;
     QList<QUrl> repainted;
+    // The status the cache held for each repainted item when it was asked to repaint it.
+    QList<int> statusAtRepaint;
 };
 
 QJsonObject TestNubixCaches::nextRequest()
@@ -96,8 +99,11 @@ void TestNubixCaches::sync()
 
 void TestNubixCaches::initTestCase()
 {
-    hpf::channel()->connect(QStringLiteral("hfmplugin_workspace"), QStringLiteral("slot_Model_FileUpdate"),
-        [this](const QUrl &url) { repainted.append(url); });
+    hpf::channel()->connect(
+        QStringLiteral("hfmplugin_workspace"), QStringLiteral("slot_Model_FileUpdate"), [this](const QUrl &url) {
+            repainted.append(url);
+            statusAtRepaint.append(caches->fileData(url.path()).planStatus);
+        });
 
     auto &windows = hfmbase::FileManagerWindowsManager::instance();
     QVERIFY(windows.createWindow(QUrl(QStringLiteral("nubix:///docs/my notes"))));
@@ -220,6 +226,18 @@ void TestNubixCaches::laterStatusReplacesEarlier()
     QCOMPARE(repainted.at(0).path(), QStringLiteral("/twice.txt"));
     QCOMPARE(toMap(caches->fileData(QStringLiteral("/twice.txt"))),
         defaultsWith<FileData>(R"({"path":"/twice.txt","fileId":5,"planStatus":3})"));
+}
+
+void TestNubixCaches::eachEntryIsStoredBeforeItsRepaint()
+{
+    repainted.clear();
+    statusAtRepaint.clear();
+    peer.write(response("getFileStatus", R"([{"path":"/order/a","plan_status":1},{"path":"/order/b","plan_status":2},
+                                             {"path":"/order/a","plan_status":3}])"));
+    QTRY_COMPARE(repainted.size(), 3);
+    // Each repaint sees its own entry, and nothing of the entries after it.
+    QCOMPARE(statusAtRepaint, (QList<int> {1, 2, 3}));
+    QCOMPARE(caches->fileData(QStringLiteral("/order/a")).planStatus, 3);
 }
 
 void TestNubixCaches::looksUpExactPathsOnly_data()

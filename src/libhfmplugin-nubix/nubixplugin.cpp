@@ -93,9 +93,8 @@ void NubixPlugin::initialize()
     hfmbase::WatcherCache::instance().setCacheDisbale(Schemes::kNubix, true);
     hfmbase::WatcherFactory::regClass<CloudFileWatcher>(Schemes::kNubix);
 
-    // Next, in this order: the computer-view entry; then EventsHandler
-    // installs its event filters and subscriptions. Each is added together
-    // with its class.
+    // The computer-view entry is registered here.
+    // EventsHandler installs its event filters and subscriptions here.
 
     auto *translator = new QTranslator(this);
     translator->load(QLocale(), QStringLiteral("hfmplugin-nubix"), QStringLiteral("_"), kTranslationsDir);
@@ -109,18 +108,14 @@ bool NubixPlugin::start()
         return false;
     }
 
-    // The registrations with the workspace, computer, sidebar, emblem and
-    // titlebar plug-ins go here, each through doRegStuff, as EventsHandler
-    // gains them.
+    // The registrations with the five host plug-ins go here, through doRegStuff.
 
     // The cache first, so that the summary read from disk is in place before
     // the first answer can arrive.
     NubixCaches::instance();
     NubixMessageHandler::instance();
 
-    // The cache's syncInfoUpdated and syncRootChanged are wired here to the
-    // sidebar and to the choice between tree and welcome page once
-    // EventsHandler has them.
+    // The cache's syncInfoUpdated and syncRootChanged are connected to EventsHandler here.
 
     NubixMessageHandler::instance()->tryConnect();
 

@@ -16,10 +16,11 @@ namespace hfmplugin_nubix {
 
 // The latest state learnt from the sync client: account, sync summary and
 // the status of single files, plus the summary's copy in an INI file.
-// Lives in the GUI thread, where its slots and signals run. syncRoot(),
-// removeFileCache() and every getter are also safe from other threads: the
-// state sits behind a lock and getters return copies. Nothing blocks beyond
-// that lock.
+// Lives in the GUI thread, where its slots and signals run. The host's
+// iterators, file infos and watchers call syncRoot() and removeFileCache()
+// from their own worker threads, so those and every getter are safe from any
+// thread: the state sits behind a lock and getters return copies. Nothing
+// blocks beyond that lock.
 class NubixCaches : public QObject
 {
     Q_OBJECT

@@ -17,8 +17,9 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
     socket->moveToThread(&thread);
 
     connect(&thread, &QThread::finished, socket, &QObject::deleteLater);
-    // The socket is read in its own thread; only the bytes travel to ours,
-    // where they are cut into messages.
+    // The socket is read in its own thread, so no thread but the worker ever
+    // touches it; only the bytes travel to ours, where they are cut into
+    // messages in the order they arrived.
     QTcpSocket *const reader = socket;
     connect(socket, &QTcpSocket::readyRead, socket, [this, reader] {
         const QByteArray chunk = reader->readAll();

@@ -5,12 +5,11 @@
 #include <hfmbase/filemanagerwindowsmanager.h>
 #include <hostcommon/hostkeys.h>
 #include <hostcommon/navigation.h>
-#include <hpf/event/event.h>
+#include <hostcommon/scenemenu.h>
 
 #include <QContextMenuEvent>
 #include <QLocale>
 #include <QLoggingCategory>
-#include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -69,27 +68,14 @@ bool EntryTile::activate()
 
 bool EntryTile::showContextMenu(const QPoint &globalPos)
 {
-    const QVariant result = hpf::channel()->push(Space::kMenu, Topic::kMenuCreateScene, Scene::kComputerMenu);
-    auto *scene = result.value<hfmbase::AbstractMenuScene *>();
+    hfmbase::AbstractMenuScene *scene = createMenuScene(Scene::kComputerMenu);
     if (!scene) {
         qCWarning(logComputer) << "EntryTile::showContextMenu: the menu plug-in made no" << Scene::kComputerMenu;
         return false;
     }
-    QVariantHash params;
-    params.insert(MenuParam::kWindowId, QVariant::fromValue<quint64>(windowId()));
-    params.insert(MenuParam::kSelectFiles, QVariant::fromValue(QList<QUrl> {data.url}));
-    if (!scene->initialize(params)) {
-        delete scene;
-        return false;
-    }
-    QMenu menu;
-    scene->create(&menu);
-    scene->updateState(&menu);
-    QAction *chosen = menu.exec(globalPos);
-    if (chosen)
-        scene->triggered(chosen);
-    delete scene;
-    return true;
+    const QVariantHash params {{MenuParam::kWindowId, QVariant::fromValue<quint64>(windowId())},
+        {MenuParam::kSelectFiles, QVariant::fromValue(QList<QUrl> {data.url})}};
+    return execMenuScene(scene, params, globalPos);
 }
 
 QString EntryTile::sizeText() const

@@ -12,6 +12,7 @@
 #include <hfmbase/globaleventtype.h>
 #include <hfmbase/infofactory.h>
 #include <hostcommon/navigation.h>
+#include <hostcommon/scenemenu.h>
 #include <hostcommon/urlhelpers.h>
 #include <hpf/event/event.h>
 
@@ -21,7 +22,6 @@
 #include <QLabel>
 #include <QListView>
 #include <QLoggingCategory>
-#include <QMenu>
 #include <QPointer>
 #include <QStackedWidget>
 #include <QTimer>
@@ -314,31 +314,16 @@ void FileView::onContextMenuRequested(const QPoint &pos)
 void FileView::runMenu(const QList<QUrl> &selection, const QPoint &globalPos)
 {
     const QString preferred = registry->menuSceneFor(rootUrl().scheme());
-    auto create = [](const QString &name) {
-        return hpf::channel()->push(Space::kMenu, Topic::kMenuCreateScene, name).value<hfmbase::AbstractMenuScene *>();
-    };
-    hfmbase::AbstractMenuScene *scene = create(preferred);
+    hfmbase::AbstractMenuScene *scene = createMenuScene(preferred);
     if (!scene && preferred != Scene::kWorkspaceMenu)
-        scene = create(Scene::kWorkspaceMenu);
+        scene = createMenuScene(Scene::kWorkspaceMenu);
     if (!scene) {
         qCWarning(logWorkspace) << "FileView::runMenu: no menu scene for" << rootUrl().scheme();
         return;
     }
-    QVariantHash params;
-    params.insert(MenuParam::kWindowId, QVariant::fromValue<quint64>(windowId()));
-    params.insert(MenuParam::kSelectFiles, QVariant::fromValue(selection));
-    params.insert(MenuParam::kCurrentDir, rootUrl());
-    if (!scene->initialize(params)) {
-        delete scene;
-        return;
-    }
-    QMenu menu;
-    scene->create(&menu);
-    scene->updateState(&menu);
-    QAction *chosen = menu.exec(globalPos);
-    if (chosen)
-        scene->triggered(chosen);
-    delete scene;
+    const QVariantHash params {{MenuParam::kWindowId, QVariant::fromValue<quint64>(windowId())},
+        {MenuParam::kSelectFiles, QVariant::fromValue(selection)}, {MenuParam::kCurrentDir, rootUrl()}};
+    execMenuScene(scene, params, globalPos);
 }
 
 bool FileView::startRename(const QUrl &url)

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "hostentities.h"
 
+#include <hostcommon/standardplaces.h>
+
 #include <QDir>
 #include <QStorageInfo>
 
 namespace hfmplugin_computer {
+
+using hdehost::StandardPlace;
+using hdehost::standardPlaces;
 
 namespace {
 
@@ -15,23 +20,6 @@ QString baseOf(const QUrl &url)
     const int dot = name.lastIndexOf(QLatin1Char('.'));
     return dot < 0 ? name : name.left(dot);
 }
-
-struct UserDir
-{
-    const char *key;
-    QStandardPaths::StandardLocation location;
-    const char *icon;
-};
-
-const UserDir kUserDirs[] = {
-    {"home", QStandardPaths::HomeLocation, "user-home"},
-    {"desktop", QStandardPaths::DesktopLocation, "user-desktop"},
-    {"documents", QStandardPaths::DocumentsLocation, "folder-documents"},
-    {"downloads", QStandardPaths::DownloadLocation, "folder-download"},
-    {"music", QStandardPaths::MusicLocation, "folder-music"},
-    {"pictures", QStandardPaths::PicturesLocation, "folder-pictures"},
-    {"videos", QStandardPaths::MoviesLocation, "folder-videos"},
-};
 
 }   // namespace
 
@@ -104,13 +92,13 @@ QUrl LocalDiskEntity::targetUrl() const
 UserDirEntity::UserDirEntity(const QUrl &url) : AbstractEntryFileEntity(url)
 {
     key = baseOf(url);
-    int i = 0;
-    for (const UserDir &dir : kUserDirs) {
-        if (key == QLatin1String(dir.key)) {
-            path = QStandardPaths::writableLocation(dir.location);
+    const QVector<StandardPlace> &places = standardPlaces();
+    for (int i = 0; i < places.size(); ++i) {
+        if (key == places.at(i).key) {
+            place = &places.at(i);
+            path = QStandardPaths::writableLocation(place->location);
             rank = i;
         }
-        ++i;
     }
 }
 
@@ -123,11 +111,7 @@ QString UserDirEntity::displayName() const
 
 QIcon UserDirEntity::icon() const
 {
-    for (const UserDir &dir : kUserDirs) {
-        if (key == QLatin1String(dir.key))
-            return QIcon::fromTheme(QString::fromLatin1(dir.icon), QIcon::fromTheme(QStringLiteral("folder")));
-    }
-    return QIcon::fromTheme(QStringLiteral("folder"));
+    return place ? place->themeIcon() : QIcon::fromTheme(QStringLiteral("folder"));
 }
 
 bool UserDirEntity::exists() const
@@ -163,12 +147,9 @@ QUrl UserDirEntity::targetUrl() const
 QList<QUrl> UserDirEntity::existingEntries()
 {
     QList<QUrl> urls;
-    const QString home = QDir::homePath();
-    for (const UserDir &dir : kUserDirs) {
-        const QString path = QStandardPaths::writableLocation(dir.location);
-        if (path.isEmpty() || !QDir(path).exists() || (dir.location != QStandardPaths::HomeLocation && path == home))
-            continue;
-        urls.append(QUrl(QStringLiteral("entry:///%1.userdir").arg(QLatin1String(dir.key))));
+    for (const StandardPlace &place : standardPlaces()) {
+        if (!place.existingPath().isEmpty())
+            urls.append(QUrl(QStringLiteral("entry:///%1.userdir").arg(place.key)));
     }
     return urls;
 }

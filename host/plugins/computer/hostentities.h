@@ -3,7 +3,9 @@
 
 #include <hfmbase/abstractentryfileentity.h>
 
-#include <QStandardPaths>
+namespace hdehost {
+struct StandardPlace;
+}   // namespace hdehost
 
 namespace hfmplugin_computer {
 
@@ -55,6 +57,7 @@ public:
 private:
     QString key;
     QString path;
+    const hdehost::StandardPlace *place = nullptr;
     int rank = 0;
 };
 

@@ -8,6 +8,7 @@
 #include <hfmbase/filemanagerwindowsmanager.h>
 #include <hostcommon/hostkeys.h>
 #include <hostcommon/hostmetatypes.h>
+#include <hostcommon/standardplaces.h>
 #include <hpf/event/event.h>
 #include <hpf/lifecycle.h>
 
@@ -16,7 +17,6 @@
 #include <QDir>
 #include <QJsonArray>
 #include <QLoggingCategory>
-#include <QStandardPaths>
 
 Q_LOGGING_CATEGORY(logSidebar, "org.sablo.hde.filemanager.plugin.sidebar")
 
@@ -99,32 +99,17 @@ bool SidebarPlugin::start()
 
 void SidebarPlugin::addHostItems()
 {
-    const QString home = QDir::homePath();
-    struct Place
-    {
-        QStandardPaths::StandardLocation location;
-        const char *icon;
-    };
-    const Place places[] = {
-        {QStandardPaths::HomeLocation, "user-home"},
-        {QStandardPaths::DesktopLocation, "user-desktop"},
-        {QStandardPaths::DocumentsLocation, "folder-documents"},
-        {QStandardPaths::DownloadLocation, "folder-download"},
-        {QStandardPaths::MusicLocation, "folder-music"},
-        {QStandardPaths::PicturesLocation, "folder-pictures"},
-        {QStandardPaths::MoviesLocation, "folder-videos"},
-    };
     int index = 0;
-    for (const Place &place : places) {
-        const QString path = QStandardPaths::writableLocation(place.location);
-        if (path.isEmpty() || !QDir(path).exists() || (place.location != QStandardPaths::HomeLocation && path == home))
+    for (const StandardPlace &place : standardPlaces()) {
+        const QString path = place.existingPath();
+        if (path.isEmpty())
             continue;
         SidebarItem item;
         item.url = QUrl::fromLocalFile(path);
         item.group = QStringLiteral("Group_Common");
         item.index = index++;
-        item.name = place.location == QStandardPaths::HomeLocation ? tr("Home") : QDir(path).dirName();
-        item.icon = QIcon::fromTheme(QString::fromLatin1(place.icon), QIcon::fromTheme(QStringLiteral("folder")));
+        item.name = place.isHome() ? tr("Home") : QDir(path).dirName();
+        item.icon = place.themeIcon();
         store->add(item);
     }
 

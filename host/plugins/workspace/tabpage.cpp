@@ -112,29 +112,25 @@ QUrl TabPage::url() const
 
 bool TabPage::back()
 {
-    if (backList.isEmpty())
-        return false;
-    const QUrl target = backList.takeLast();
-    const QUrl from = current;
-    if (!setUrl(target, false)) {
-        backList.append(target);
-        return false;
-    }
-    forwardList.prepend(from);
-    return true;
+    return step(backList, forwardList);
 }
 
 bool TabPage::forward()
 {
-    if (forwardList.isEmpty())
+    return step(forwardList, backList);
+}
+
+bool TabPage::step(QList<QUrl> &from, QList<QUrl> &to)
+{
+    if (from.isEmpty())
         return false;
-    const QUrl target = forwardList.takeFirst();
-    const QUrl from = current;
+    const QUrl target = from.takeLast();
+    const QUrl here = current;
     if (!setUrl(target, false)) {
-        forwardList.prepend(target);
+        from.append(target);
         return false;
     }
-    backList.append(from);
+    to.append(here);
     return true;
 }
 

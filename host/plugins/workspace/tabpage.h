@@ -61,6 +61,8 @@ Q_SIGNALS:
 private:
     bool showInFileView(const QUrl &url);
     bool showInCustomView(const QUrl &url);
+    // Shows the last URL of `from`; the one shown now goes to `to`.
+    bool step(QList<QUrl> &from, QList<QUrl> &to);
 
     struct CustomView
     {
@@ -76,6 +78,7 @@ private:
     QHash<QString, QPointer<QWidget>> tops;
     QHash<QString, int> topCreations;
     QUrl current;
+    // Both are stacks: the next URL to go to is the last one.
     QList<QUrl> backList;
     QList<QUrl> forwardList;
     hdehost::ViewMode mode = hdehost::ViewMode::kIcon;

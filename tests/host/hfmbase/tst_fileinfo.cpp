@@ -116,35 +116,28 @@ private Q_SLOTS:
     {
         QFETCH(QString, relative);
         QFETCH(bool, exists);
-        QFETCH(bool, isDir);
         QFETCH(qint64, size);
-        QFETCH(QString, fileName);
-        QFETCH(QString, suffix);
-        QFETCH(bool, hidden);
-        QFETCH(QString, mime);
-        QFETCH(int, children);
-        QFETCH(QString, icon);
 
         const QUrl url = QUrl::fromLocalFile(tmp.filePath(relative));
         FileInfoPointer info = InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateNoCache);
         QVERIFY(info);
         QCOMPARE(info->fileUrl(), url);
         QCOMPARE(info->exists(), exists);
-        QCOMPARE(info->isDir(), isDir);
+        QTEST(info->isDir(), "isDir");
         if (size >= 0)
             QCOMPARE(info->size(), size);
-        QCOMPARE(info->fileName(), fileName);
-        QCOMPARE(info->suffix(), suffix);
-        QCOMPARE(info->isHidden(), hidden);
-        QCOMPARE(info->mimeTypeName(), mime);
-        QCOMPARE(info->countChildFile(), children);
+        QTEST(info->fileName(), "fileName");
+        QTEST(info->suffix(), "suffix");
+        QTEST(info->isHidden(), "hidden");
+        QTEST(info->mimeTypeName(), "mime");
+        QTEST(info->countChildFile(), "children");
         QCOMPARE(info->absoluteFilePath(), tmp.filePath(relative));
         QCOMPARE(info->urlOf(FileInfo::FileUrlInfoType::kUrl), url);
         QCOMPARE(info->urlOf(FileInfo::FileUrlInfoType::kParentUrl),
             QUrl::fromLocalFile(QFileInfo(tmp.filePath(relative)).absolutePath()));
         QVERIFY(!info->canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl));
         QCOMPARE(info->viewOfTip(FileInfo::ViewType::kEmptyDir), QStringLiteral("Folder is empty"));
-        QCOMPARE(info->fileIcon().name(), icon);
+        QTEST(info->fileIcon().name(), "icon");
         if (exists) {
             QVERIFY(info->lastModified().isValid());
             QVERIFY(info->canAttributes(FileInfo::FileCanType::kCanRename));
@@ -158,12 +151,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("relative");
         QTest::addColumn<QString>("icon");
         // The small theme has only the three last-resort icons.
-        QTest::newRow("directory") << "dir"
-                                   << "folder";
-        QTest::newRow("text file") << "dir/a.txt"
-                                   << "text-x-generic";
-        QTest::newRow("fifo") << "fifo"
-                              << "unknown";
+        QTest::newRow("directory") << QStringLiteral("dir") << QStringLiteral("folder");
+        QTest::newRow("text file") << QStringLiteral("dir/a.txt") << QStringLiteral("text-x-generic");
+        QTest::newRow("fifo") << QStringLiteral("fifo") << QStringLiteral("unknown");
     }
     void iconFallsBackToGenericNames()
     {
@@ -230,65 +220,36 @@ private Q_SLOTS:
         QTest::addColumn<Query>("query");
         QTest::addColumn<QVariant>("withoutProxy");
         auto row = [](const char *name, Query q, const QVariant &empty) { QTest::newRow(name) << q << empty; };
-        row(
-            "urlOf url", [](const FileInfo &i) { return QVariant(i.urlOf(FileInfo::FileUrlInfoType::kUrl)); }, QUrl());
-        row(
-            "urlOf redirected",
-            [](const FileInfo &i) { return QVariant(i.urlOf(FileInfo::FileUrlInfoType::kRedirectedFileUrl)); }, QUrl());
-        row(
-            "urlOf parent", [](const FileInfo &i) { return QVariant(i.urlOf(FileInfo::FileUrlInfoType::kParentUrl)); },
-            QUrl());
-        row(
-            "exists", [](const FileInfo &i) { return QVariant(i.exists()); }, false);
-        row(
-            "fileName", [](const FileInfo &i) { return QVariant(i.fileName()); }, QString());
-        row(
-            "baseName", [](const FileInfo &i) { return QVariant(i.baseName()); }, QString());
-        row(
-            "suffix", [](const FileInfo &i) { return QVariant(i.suffix()); }, QString());
-        row(
-            "displayName", [](const FileInfo &i) { return QVariant(i.displayName()); }, QString());
-        row(
-            "absoluteFilePath", [](const FileInfo &i) { return QVariant(i.absoluteFilePath()); }, QString());
-        row(
-            "absolutePath", [](const FileInfo &i) { return QVariant(i.absolutePath()); }, QString());
-        row(
-            "size", [](const FileInfo &i) { return QVariant(i.size()); }, qint64(0));
-        row(
-            "lastModified", [](const FileInfo &i) { return QVariant(i.lastModified()); }, QDateTime());
-        row(
-            "lastRead", [](const FileInfo &i) { return QVariant(i.lastRead()); }, QDateTime());
-        row(
-            "birthTime", [](const FileInfo &i) { return QVariant(i.birthTime()); }, QDateTime());
-        row(
-            "isFile", [](const FileInfo &i) { return QVariant(i.isFile()); }, false);
-        row(
-            "isDir", [](const FileInfo &i) { return QVariant(i.isDir()); }, false);
-        row(
-            "isSymLink", [](const FileInfo &i) { return QVariant(i.isSymLink()); }, false);
-        row(
-            "isHidden", [](const FileInfo &i) { return QVariant(i.isHidden()); }, false);
-        row(
-            "isReadable", [](const FileInfo &i) { return QVariant(i.isReadable()); }, false);
-        row(
-            "isWritable", [](const FileInfo &i) { return QVariant(i.isWritable()); }, false);
-        row(
-            "isExecutable", [](const FileInfo &i) { return QVariant(i.isExecutable()); }, false);
+#define QUERY(call) [](const FileInfo &i) { return QVariant(i.call); }
+        row("urlOf url", QUERY(urlOf(FileInfo::FileUrlInfoType::kUrl)), QUrl());
+        row("urlOf redirected", QUERY(urlOf(FileInfo::FileUrlInfoType::kRedirectedFileUrl)), QUrl());
+        row("urlOf parent", QUERY(urlOf(FileInfo::FileUrlInfoType::kParentUrl)), QUrl());
+        row("exists", QUERY(exists()), false);
+        row("fileName", QUERY(fileName()), QString());
+        row("baseName", QUERY(baseName()), QString());
+        row("suffix", QUERY(suffix()), QString());
+        row("displayName", QUERY(displayName()), QString());
+        row("absoluteFilePath", QUERY(absoluteFilePath()), QString());
+        row("absolutePath", QUERY(absolutePath()), QString());
+        row("size", QUERY(size()), qint64(0));
+        row("lastModified", QUERY(lastModified()), QDateTime());
+        row("lastRead", QUERY(lastRead()), QDateTime());
+        row("birthTime", QUERY(birthTime()), QDateTime());
+        row("isFile", QUERY(isFile()), false);
+        row("isDir", QUERY(isDir()), false);
+        row("isSymLink", QUERY(isSymLink()), false);
+        row("isHidden", QUERY(isHidden()), false);
+        row("isReadable", QUERY(isReadable()), false);
+        row("isWritable", QUERY(isWritable()), false);
+        row("isExecutable", QUERY(isExecutable()), false);
         row(
             "permissions", [](const FileInfo &i) { return QVariant(int(i.permissions())); }, 0);
-        row(
-            "owner", [](const FileInfo &i) { return QVariant(i.owner()); }, QString());
-        row(
-            "mimeTypeName", [](const FileInfo &i) { return QVariant(i.mimeTypeName()); }, QString());
-        row(
-            "countChildFile", [](const FileInfo &i) { return QVariant(i.countChildFile()); }, -1);
-        row(
-            "canAttributes redirection",
-            [](const FileInfo &i) { return QVariant(i.canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl)); },
-            false);
-        row(
-            "viewOfTip empty dir",
-            [](const FileInfo &i) { return QVariant(i.viewOfTip(FileInfo::ViewType::kEmptyDir)); }, QString());
+        row("owner", QUERY(owner()), QString());
+        row("mimeTypeName", QUERY(mimeTypeName()), QString());
+        row("countChildFile", QUERY(countChildFile()), -1);
+        row("canAttributes redirection", QUERY(canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl)), false);
+        row("viewOfTip empty dir", QUERY(viewOfTip(FileInfo::ViewType::kEmptyDir)), QString());
+#undef QUERY
     }
     void proxyForwardsEveryQuery()
     {

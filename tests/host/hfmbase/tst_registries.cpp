@@ -82,10 +82,6 @@ private Q_SLOTS:
         QVERIFY(entity);
         QCOMPARE(entity->entryUrl(), url);
         QCOMPARE(entity->order(), 3);
-        // Base answers.
-        QCOMPARE(entity->sizeTotal(), qint64(0));
-        QVERIFY(entity->description().isEmpty());
-        QVERIFY(entity->targetUrl().isEmpty());
         QVERIFY(entity->extraProperties().isEmpty());
         entity->setExtraProperty(QStringLiteral("k"), 5);
         entity->setExtraProperty(QStringLiteral("k"), 6);

@@ -116,37 +116,30 @@ private Q_SLOTS:
     }
     void partsAreInstalledOnce()
     {
+        using W = FileManagerWindow;
+        const struct
+        {
+            void (W::*install)(QWidget *);
+            QWidget *(W::*installed)() const;
+            void (W::*finished)();
+        } parts[] = {{&W::installSideBar, &W::sideBar, &W::sideBarInstallFinished},
+            {&W::installTitleBar, &W::titleBar, &W::titleBarInstallFinished},
+            {&W::installWorkSpace, &W::workSpace, &W::workspaceInstallFinished}};
         QFETCH(int, part);
+        const auto &api = parts[part];
         FileManagerWindow window(QUrl(QStringLiteral("file:///")));
-        const char *signal[]
-            = {SIGNAL(sideBarInstallFinished()), SIGNAL(titleBarInstallFinished()), SIGNAL(workspaceInstallFinished())};
-        QSignalSpy finished(&window, signal[part]);
-        auto install = [&](QWidget *w) {
-            switch (part) {
-            case 0:
-                window.installSideBar(w);
-                break;
-            case 1:
-                window.installTitleBar(w);
-                break;
-            default:
-                window.installWorkSpace(w);
-            }
-        };
-        auto installed = [&] {
-            return part == 0 ? window.sideBar() : part == 1 ? window.titleBar() : window.workSpace();
-        };
-        QVERIFY(!installed());
+        QSignalSpy finished(&window, api.finished);
+        QVERIFY(!(window.*api.installed)());
         auto *widget = new QLabel;
-        install(widget);
-        QCOMPARE(installed(), widget);
+        (window.*api.install)(widget);
+        QCOMPARE((window.*api.installed)(), widget);
         QCOMPARE(widget->window(), &window);
         QCOMPARE(finished.size(), 1);
 
         auto *other = new QLabel;
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^FileManagerWindow::install")));
-        install(other);
-        QCOMPARE(installed(), widget);
+        (window.*api.install)(other);
+        QCOMPARE((window.*api.installed)(), widget);
         QCOMPARE(finished.size(), 1);
         delete other;
     }

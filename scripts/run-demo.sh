@@ -48,12 +48,15 @@ fi
 
 shot="$build/demo.png"
 echo "run-demo: no display; running headless under Xvfb"
-QT_LOGGING_RULES="org.sablo.hde.filemanager.plugin.hfmplugin_nubix.info=true" \
+QT_LOGGING_RULES="org.sablo.hde.filemanager.plugin.hfmplugin_nubix.debug=false" \
 xvfb-run -a -s "-screen 0 1280x800x24" "$build/host/app/hde-file-manager" --script - <<SCRIPT
 open computer:///
 wait-for loaded last 10000
 wait 1500
-state
+echo sidebar:
+state sidebar
+echo computer view:
+state computer
 screenshot last $shot
 quit
 SCRIPT

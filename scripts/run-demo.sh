@@ -27,17 +27,26 @@ mkdir -p "$root/Documents" "$root/Photos"
 # The plug-in starts and looks for the client at its installed path; point
 # that path at the simulator when we may.
 client="$sim"
+made_link=0
 link=/opt/apps/com.kelo.drive/files/kelodrive
 if { [ -L "$link" ] || [ ! -e "$link" ]; } && mkdir -p "$(dirname "$link")" 2>/dev/null \
    && ln -sfn "$sim" "$link" 2>/dev/null; then
     client="$link"
+    made_link=1
 fi
 
 portfile="$HOME/.config/kelodrive/App Data/ipc"
 rm -f "$portfile"
 "$client" --root "$root" --pace-ms 700 </dev/null &
 sim_pid=$!
-trap 'kill "$sim_pid" 2>/dev/null || true; wait "$sim_pid" 2>/dev/null || true' EXIT
+# Take the link away again, so nothing else starts the simulator by accident.
+cleanup() {
+    kill "$sim_pid" 2>/dev/null || true
+    wait "$sim_pid" 2>/dev/null || true
+    [ "$made_link" = 1 ] && rm -f "$link"
+    return 0
+}
+trap cleanup EXIT
 for _ in $(seq 100); do [ -s "$portfile" ] && break; sleep 0.1; done
 echo "run-demo: Kelo Drive simulator on port $(head -n1 "$portfile" 2>/dev/null || echo '?'), sync root $root"
 

@@ -101,6 +101,18 @@ FileInfoPointer createLocalEntryInfo(const QUrl &url, const QFileInfo &entry)
 struct InfoCache::Private : UrlCache<FileInfoPointer>
 {
     Private() : UrlCache(cacheKey) { }
+
+    // Swaps in a fresher info; the old one goes to `old` so that it is
+    // destroyed after the lock is released.
+    static bool replace(Table &infos, const QUrl &key, const FileInfoPointer &info, FileInfoPointer *old)
+    {
+        auto it = infos.find(key);
+        if (it == infos.end())
+            return false;
+        old->swap(it.value());
+        it.value() = info;
+        return true;
+    }
 };
 
 InfoCache::InfoCache() : d(new Private) { }
@@ -137,14 +149,10 @@ void InfoCache::cacheInfo(const QUrl &url, const FileInfoPointer &info)
 {
     if (!url.isValid() || !info)
         return;
-    FileInfoPointer replaced;   // destroyed after the lock is released
+    FileInfoPointer replaced;
     d->write(url, [&](Private::Table &infos, const QUrl &key) {
-        auto it = infos.find(key);
-        if (it != infos.end()) {
-            replaced.swap(it.value());
-            it.value() = info;
+        if (Private::replace(infos, key, info, &replaced))
             return;
-        }
         if (infos.size() >= kMaxCachedInfos)
             infos.clear();
         infos.insert(key, info);
@@ -155,15 +163,11 @@ bool InfoCache::updateCacheInfo(const QUrl &url, const FileInfoPointer &info)
 {
     if (!info)
         return false;
-    FileInfoPointer replaced;   // destroyed after the lock is released
-    d->write(url, [&](Private::Table &infos, const QUrl &key) {
-        auto it = infos.find(key);
-        if (it != infos.end()) {
-            replaced.swap(it.value());
-            it.value() = info;
-        }
-    });
-    return !replaced.isNull();   // kept infos are never null
+    FileInfoPointer replaced;
+    bool kept = false;
+    d->write(
+        url, [&](Private::Table &infos, const QUrl &key) { kept = Private::replace(infos, key, info, &replaced); });
+    return kept;
 }
 
 void InfoCache::removeCacheInfo(const QUrl &url)

@@ -2,11 +2,9 @@
 // Cost of one call through each event channel, on the GUI thread as in the
 // host: a slot push with two arguments, a publish through two filters and one
 // listener, and an emblem-style hook run with an out-argument.
+#include "benchapp.h"
+
 #include <hpf/event/event.h>
-
-#include <QCoreApplication>
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -71,11 +69,5 @@ BENCHMARK(hookRunWithOutArgument);
 int main(int argc, char **argv)
 {
     // The channels check the calling thread against the application's.
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return nubixbench::runBenchmarks(argc, argv);
 }

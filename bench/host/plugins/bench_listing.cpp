@@ -5,6 +5,8 @@
 // file info per entry, reading what the view reads. The view run also
 // reports the longest stall of the GUI thread's event loop while it lists
 // ("max_stall_ms"), seen by a 1 ms heartbeat timer.
+#include "benchapp.h"
+#include "benchtree.h"
 #include "filemodel.h"
 #include "fileview.h"
 #include "workspaceregistry.h"
@@ -17,33 +19,14 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTimer>
-
-#include <benchmark/benchmark.h>
 
 #include <functional>
 
 namespace {
 
-constexpr int kFiles = 10000;
-
-const QString &treePath()
-{
-    static QTemporaryDir dir;
-    static const bool filled = [] {
-        for (int i = 0; i < kFiles; ++i) {
-            QFile file(dir.filePath(QStringLiteral("file-%1.txt").arg(i, 5, 10, QLatin1Char('0'))));
-            if (!file.open(QIODevice::WriteOnly))
-                return false;
-            file.write(QByteArray(i % 97, 'x'));
-        }
-        return true;
-    }();
-    static const QString path = filled ? dir.path() : QString();
-    return path;
-}
+using nubixbench::kTreeFiles;
+using nubixbench::sharedTree;
 
 // Runs the event loop (sleeping while idle, as the application does) until
 // `done` holds.
@@ -61,7 +44,7 @@ void runUntil(const std::function<bool()> &done)
 
 void bareIterationWithInfos(benchmark::State &state)
 {
-    const QUrl url = QUrl::fromLocalFile(treePath());
+    const QUrl url = QUrl::fromLocalFile(sharedTree());
     for (auto _ : state) {
         hfmbase::InfoCache::instance().clear();
         qint64 sum = 0;
@@ -78,7 +61,7 @@ void bareIterationWithInfos(benchmark::State &state)
 
 void listingIntoModel(benchmark::State &state)
 {
-    const QUrl url = QUrl::fromLocalFile(treePath());
+    const QUrl url = QUrl::fromLocalFile(sharedTree());
     for (auto _ : state) {
         hfmbase::InfoCache::instance().clear();
         hfmplugin_workspace::FileModel model;
@@ -94,7 +77,7 @@ void listingIntoModel(benchmark::State &state)
 
 void listingIntoView(benchmark::State &state)
 {
-    const QUrl url = QUrl::fromLocalFile(treePath());
+    const QUrl url = QUrl::fromLocalFile(sharedTree());
     hfmplugin_workspace::WorkspaceRegistry registry;
     double maxStallMs = 0;
     for (auto _ : state) {
@@ -123,8 +106,8 @@ void listingIntoView(benchmark::State &state)
         QAbstractItemView *items = view.currentView();
         // Listed, sorted and laid out up to the last row.
         runUntil([&] {
-            return loaded && view.fileModel()->rowCount() == kFiles
-                && items->visualRect(view.fileModel()->index(kFiles - 1, 0)).isValid();
+            return loaded && view.fileModel()->rowCount() == kTreeFiles
+                && items->visualRect(view.fileModel()->index(kTreeFiles - 1, 0)).isValid();
         });
         state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
         beat.stop();
@@ -141,14 +124,10 @@ BENCHMARK(listingIntoView)->Unit(benchmark::kMillisecond)->Iterations(5)->UseMan
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    hdehost::registerHostMetaTypes();
-    if (treePath().isEmpty())
-        return 1;
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    nubixbench::RunOptions options;
+    options.setUp = [] {
+        hdehost::registerHostMetaTypes();
+        return !sharedTree().isEmpty();
+    };
+    return nubixbench::runBenchmarks<QApplication>(argc, argv, options);
 }

@@ -4,19 +4,18 @@
 // after the same answer again; the target is at most 400 bytes (counters
 // "heap_per_entry" and "heap_per_entry_repeated"). A counting malloc sees every
 // allocation of the process, Qt's included, with the allocator's chunk header.
+#include "benchapp.h"
 #include "caches/nubixcaches.h"
 #include "ipc/nubixmessagehandler.h"
-
-#include <benchmark/benchmark.h>
-
-#include <QCoreApplication>
-#include <QLoggingCategory>
+#include "statusanswer.h"
 
 #include <atomic>
 #include <malloc.h>
 #include <memory>
 
 using namespace hfmplugin_nubix;
+using nubixbench::cloudPath;
+using nubixbench::fileStatusAnswer;
 
 extern "C" {
 void *__libc_malloc(size_t);
@@ -79,36 +78,10 @@ int posix_memalign(void **out, size_t alignment, size_t size)
 }
 }
 
-namespace {
-
-QString cloudPath(int i)
-{
-    return QStringLiteral("/Documents/Projects/Quarterly Reports/%1/report-%2.docx")
-        .arg(2000 + i % 25)
-        .arg(i, 6, 10, QLatin1Char('0'));
-}
-
-QString fileStatusAnswer(int entries)
-{
-    QByteArray text = "{\"type\":\"pong\",\"data\":{\"method\":\"getFileStatus\","
-                      "\"key\":\"{3f2a8a5e-2c4b-4c7e-9d55-0a1b2c3d4e5f\",\"data\":{\"code\":0,\"result\":[";
-    for (int i = 0; i < entries; ++i) {
-        if (i)
-            text += ',';
-        text += "{\"fileid\":" + QByteArray::number(Q_INT64_C(281474976710656) + i) + ",\"isDir\":false,\"path\":\""
-            + cloudPath(i).toUtf8() + "\",\"plan\":\"" + (i % 3 ? "upload" : "download")
-            + "\",\"plan_error\":0,\"plan_status\":" + QByteArray::number(1 + i % 3) + "}";
-    }
-    text += "]}}}";
-    return QString::fromUtf8(text);
-}
-
-}   // namespace
-
 static void BM_HeapPerCachedEntry(benchmark::State &state)
 {
     const int count = int(state.range(0));
-    const QString answer = fileStatusAnswer(count);
+    const QString answer = QString::fromUtf8(fileStatusAnswer(count));
     double perEntry = 0;
     double afterRepeat = 0;
     for (auto _ : state) {
@@ -129,13 +102,7 @@ BENCHMARK(BM_HeapPerCachedEntry)->Arg(10000)->Arg(100000)->Unit(benchmark::kMill
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
-    QLoggingCategory::setFilterRules(QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix.debug=false\n"
-                                                    "org.sablo.hde.filemanager.plugin.hfmplugin_nubix.info=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    nubixbench::RunOptions options;
+    options.quietCategory = QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix");
+    return nubixbench::runBenchmarks(argc, argv, options);
 }

@@ -5,18 +5,15 @@
 // same bytes (counter "x_fromJson"); fileData() among 100,000 entries within
 // 2x a bare QMap::value and under 1 us. The heap per entry is measured by
 // bench_nubix_cacheheap.
+#include "benchapp.h"
 #include "caches/nubixcaches.h"
 #include "ipc/nubixmessagehandler.h"
 #include "ipc/tcpclient.h"
+#include "statusanswer.h"
 
 #include <hpf/event/event.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QJsonDocument>
-#include <QLoggingCategory>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrl>
@@ -29,34 +26,13 @@
 #include <unistd.h>
 
 using namespace hfmplugin_nubix;
+using nubixbench::cloudPath;
+using nubixbench::fileStatusAnswer;
 
 namespace {
 
 constexpr int kAnswerEntries = 10000;
 constexpr int kLookupEntries = 100000;
-
-QString cloudPath(int i)
-{
-    return QStringLiteral("/Documents/Projects/Quarterly Reports/%1/report-%2.docx")
-        .arg(2000 + i % 25)
-        .arg(i, 6, 10, QLatin1Char('0'));
-}
-
-// A "getFileStatus" answer as the client writes it, compact.
-QByteArray fileStatusAnswer(int entries)
-{
-    QByteArray text = "{\"type\":\"pong\",\"data\":{\"method\":\"getFileStatus\","
-                      "\"key\":\"{3f2a8a5e-2c4b-4c7e-9d55-0a1b2c3d4e5f\",\"data\":{\"code\":0,\"result\":[";
-    for (int i = 0; i < entries; ++i) {
-        if (i)
-            text += ',';
-        text += "{\"fileid\":" + QByteArray::number(Q_INT64_C(281474976710656) + i) + ",\"isDir\":false,\"path\":\""
-            + cloudPath(i).toUtf8() + "\",\"plan\":\"" + (i % 3 ? "upload" : "download")
-            + "\",\"plan_error\":0,\"plan_status\":" + QByteArray::number(1 + i % 3) + "}";
-    }
-    text += "]}}}";
-    return text;
-}
 
 // Counts the repaint requests the cache pushes to the workspace.
 qint64 &repaints()
@@ -70,12 +46,6 @@ void listenForRepaints()
     static const bool connected = hpf::channel()->connect(QStringLiteral("hfmplugin_workspace"),
         QStringLiteral("slot_Model_FileUpdate"), [](const QUrl &url) { repaints() += url.isValid() ? 1 : 0; });
     Q_UNUSED(connected)
-}
-
-template <class Done> void spinUntil(Done done)
-{
-    while (!done())
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
 }
 
 double fromJsonMs(const QByteArray &bytes)
@@ -115,9 +85,9 @@ struct Link
         server.listen(QHostAddress::LocalHost);
         NubixCaches::instance();
         handler->client()->connectToServer(QStringLiteral("127.0.0.1"), server.serverPort());
-        spinUntil([this] { return server.hasPendingConnections(); });
+        nubixbench::spinUntil([this] { return server.hasPendingConnections(); });
         peer = server.nextPendingConnection();
-        spinUntil([this] { return handler->isConnected(); });
+        nubixbench::spinUntil([this] { return handler->isConnected(); });
         // The client's side writes from a thread of its own, as the client
         // does from its process, so that only the plug-in's work is timed.
         descriptor = ::dup(int(peer->socketDescriptor()));
@@ -166,7 +136,7 @@ static void BM_FileStatusAnswer_SocketToCache(benchmark::State &state)
         QElapsedTimer timer;
         timer.start();
         std::thread writer = link.send(frame);
-        spinUntil([&] { return repaints() >= target; });
+        nubixbench::spinUntil([&] { return repaints() >= target; });
         writer.join();
         bestMs = std::min(bestMs, timer.nsecsElapsed() / 1e6);
     }
@@ -179,14 +149,20 @@ static void BM_FileStatusAnswer_SocketToCache(benchmark::State &state)
 BENCHMARK(BM_FileStatusAnswer_SocketToCache)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 
 namespace {
-// The paths to look up, shuffled so the lookups do not walk the tree in order.
-QStringList lookupOrder()
+// One lookup per iteration, walking all paths shuffled so that the lookups
+// do not follow the tree's order.
+template <class Lookup> void lookUpInTurn(benchmark::State &state, Lookup lookup)
 {
     QStringList paths;
     paths.reserve(kLookupEntries);
     for (int i = 0; i < kLookupEntries; ++i)
         paths.append(cloudPath((i * 7919) % kLookupEntries));
-    return paths;
+    int i = 0;
+    for (auto _ : state) {
+        const FileData data = lookup(paths.at(i));
+        benchmark::DoNotOptimize(data.planStatus);
+        i = i + 1 == kLookupEntries ? 0 : i + 1;
+    }
 }
 
 QList<FileData> entries(int count)
@@ -210,13 +186,7 @@ static void BM_QMapValue_100k(benchmark::State &state)
     QMap<QString, FileData> map;
     for (const FileData &data : entries(kLookupEntries))
         map.insert(data.path, data);
-    const QStringList paths = lookupOrder();
-    int i = 0;
-    for (auto _ : state) {
-        const FileData data = map.value(paths.at(i));
-        benchmark::DoNotOptimize(data.planStatus);
-        i = i + 1 == kLookupEntries ? 0 : i + 1;
-    }
+    lookUpInTurn(state, [&map](const QString &path) { return map.value(path); });
 }
 BENCHMARK(BM_QMapValue_100k);
 
@@ -224,26 +194,13 @@ static void BM_FileData_100k(benchmark::State &state)
 {
     NubixCaches caches;
     caches.cacheFileDatas(entries(kLookupEntries));
-    const QStringList paths = lookupOrder();
-    int i = 0;
-    for (auto _ : state) {
-        const FileData data = caches.fileData(paths.at(i));
-        benchmark::DoNotOptimize(data.planStatus);
-        i = i + 1 == kLookupEntries ? 0 : i + 1;
-    }
+    lookUpInTurn(state, [&caches](const QString &path) { return caches.fileData(path); });
 }
 BENCHMARK(BM_FileData_100k);
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
-    // Every message is logged in full at debug level; measure the work, not the log.
-    QLoggingCategory::setFilterRules(QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix.debug=false\n"
-                                                    "org.sablo.hde.filemanager.plugin.hfmplugin_nubix.info=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    nubixbench::RunOptions options;
+    options.quietCategory = QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix");
+    return nubixbench::runBenchmarks(argc, argv, options);
 }

@@ -2,13 +2,10 @@
 // Building request envelopes and sending them through the TCP client to a
 // peer on 127.0.0.1; the target is at least 50,000 envelopes per second,
 // counted when the peer has received them all.
+#include "benchapp.h"
 #include "ipc/nubixmessagehandler.h"
 #include "ipc/tcpclient.h"
 
-#include <benchmark/benchmark.h>
-
-#include <QCoreApplication>
-#include <QLoggingCategory>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -35,12 +32,7 @@ struct Link
             QObject::connect(peer, &QTcpSocket::readyRead, [this] { frames += peer->readAll().count('\x0c'); });
         });
         handler.client()->connectToServer(QStringLiteral("127.0.0.1"), server.serverPort());
-        waitFor([this] { return handler.isConnected() && peer; });
-    }
-    template <class Done> void waitFor(Done done)
-    {
-        while (!done())
-            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 100);
+        nubixbench::spinUntil([this] { return handler.isConnected() && peer; });
     }
 
     QTcpServer server;
@@ -69,7 +61,7 @@ static void BM_RequestDeliveredToPeer(benchmark::State &state)
         const qint64 target = link.frames + kBatch;
         for (int i = 0; i < kBatch; ++i)
             link.handler.request(QStringLiteral("getFileStatus"), fileStatusArgs());
-        link.waitFor([target] { return link.frames >= target; });
+        nubixbench::spinUntil([target] { return link.frames >= target; });
     }
     state.SetItemsProcessed(state.iterations() * kBatch);
 }
@@ -77,14 +69,7 @@ BENCHMARK(BM_RequestDeliveredToPeer)->Unit(benchmark::kMillisecond)->UseRealTime
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
-    // Every message is logged in full at debug level; measure the work, not the log.
-    QLoggingCategory::setFilterRules(QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix.debug=false\n"
-                                                    "org.sablo.hde.filemanager.plugin.hfmplugin_nubix.info=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    nubixbench::RunOptions options;
+    options.quietCategory = QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix");
+    return nubixbench::runBenchmarks(argc, argv, options);
 }

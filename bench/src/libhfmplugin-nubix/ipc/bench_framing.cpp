@@ -3,9 +3,8 @@
 // arrives over many reads must cost time linear in its size (16 MiB at most
 // 20x 1 MiB), and many small messages in one read must stay within 2x of
 // QByteArray::split on the same bytes.
+#include "benchapp.h"
 #include "ipc/framesplitter.h"
-
-#include <benchmark/benchmark.h>
 
 #include <QList>
 
@@ -32,6 +31,16 @@ QList<QByteArray> largeMessageReads(int size)
     return reads;
 }
 
+// Feeds every read of one large message; exactly that message must come out.
+void feedOneMessage(benchmark::State &state, FrameSplitter &splitter, const QList<QByteArray> &reads)
+{
+    int messages = 0;
+    for (const QByteArray &read : reads)
+        messages += splitter.feed(read).size();
+    if (messages != 1)
+        state.SkipWithError("expected exactly one message");
+}
+
 QByteArray smallMessages()
 {
     QByteArray stream;
@@ -53,11 +62,7 @@ static void BM_LargeMessageInReads(benchmark::State &state)
     const QList<QByteArray> reads = largeMessageReads(size);
     FrameSplitter splitter;
     for (auto _ : state) {
-        int messages = 0;
-        for (const QByteArray &read : reads)
-            messages += splitter.feed(read).size();
-        if (messages != 1)
-            state.SkipWithError("expected exactly one message");
+        feedOneMessage(state, splitter, reads);
     }
     state.SetBytesProcessed(state.iterations() * int64_t(size));
     state.counters["reads"] = double(reads.size());
@@ -82,11 +87,7 @@ static void BM_LargeMessageInReadsColdCache(benchmark::State &state)
             evict[i] = char(evict[i] + 1);
         benchmark::ClobberMemory();
         state.ResumeTiming();
-        int messages = 0;
-        for (const QByteArray &read : reads)
-            messages += splitter.feed(read).size();
-        if (messages != 1)
-            state.SkipWithError("expected exactly one message");
+        feedOneMessage(state, splitter, reads);
     }
     state.SetBytesProcessed(state.iterations() * int64_t(size));
 }
@@ -119,11 +120,7 @@ static void BM_LargeMessageFreshSplitter(benchmark::State &state)
     const QList<QByteArray> reads = largeMessageReads(size);
     for (auto _ : state) {
         FrameSplitter splitter;
-        int messages = 0;
-        for (const QByteArray &read : reads)
-            messages += splitter.feed(read).size();
-        if (messages != 1)
-            state.SkipWithError("expected exactly one message");
+        feedOneMessage(state, splitter, reads);
     }
     state.SetBytesProcessed(state.iterations() * int64_t(size));
 }
@@ -166,4 +163,7 @@ static void BM_QByteArraySplitSameBytes(benchmark::State &state)
 }
 BENCHMARK(BM_QByteArraySplitSameBytes)->Unit(benchmark::kMillisecond);
 
-BENCHMARK_MAIN();
+int main(int argc, char **argv)
+{
+    return nubixbench::runBenchmarks(argc, argv);
+}

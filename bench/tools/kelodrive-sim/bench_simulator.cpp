@@ -2,17 +2,14 @@
 // How fast the simulator answers and pushes, measured end to end over a localhost socket.
 // Targets: a "getFileStatus" answer for a 10,000-entry folder within 100 ms, and 10,000
 // notifications per second to one client, sustained.
+#include "benchapp.h"
+#include "benchtree.h"
+
 #include <kelodrivesim/simulator.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLoggingCategory>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -23,7 +20,7 @@ namespace {
 class FrameCounter
 {
 public:
-    explicit FrameCounter(quint16 port)
+    void connectTo(quint16 port)
     {
         m_socket.connectToHost(QStringLiteral("127.0.0.1"), port);
         m_socket.waitForConnected(5000);
@@ -41,11 +38,7 @@ public:
     // Runs the event loop until count frames have arrived in all; false after 10 s.
     bool waitFor(qint64 count)
     {
-        QElapsedTimer timer;
-        timer.start();
-        while (frames < count && timer.elapsed() < 10000)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        return frames >= count;
+        return nubixbench::spinUntil([this, count] { return frames >= count; }, 10000);
     }
 
     qint64 frames = 0;
@@ -53,6 +46,27 @@ public:
 
 private:
     QTcpSocket m_socket;
+};
+
+// A started simulator, serving `syncRoot` when one is given, with one
+// counting client connected.
+struct Session
+{
+    explicit Session(const QString &syncRoot = QString())
+    {
+        sim.setPortFilePath(QString());
+        sim.setAskPluginInfo(false);
+        if (!syncRoot.isEmpty()) {
+            sim.setRescanMs(0);
+            sim.setSyncRoot(syncRoot);
+        }
+        sim.start();
+        client.connectTo(sim.port());
+        nubixbench::spinUntil([this] { return sim.connectionCount() >= 1; });
+    }
+
+    kelodrive::Simulator sim;
+    FrameCounter client;
 };
 
 QByteArray fileStatusRequest(const QString &dir)
@@ -79,19 +93,13 @@ void BM_FileStatusOfLargeFolder(benchmark::State &state)
     const int entries = int(state.range(0));
     QTemporaryDir dir;
     const QString root = dir.path() + QStringLiteral("/root");
-    QDir().mkpath(root + QStringLiteral("/big"));
-    for (int i = 0; i < entries; ++i) {
-        QFile file(root + QStringLiteral("/big/file-%1.txt").arg(i, 5, 10, QLatin1Char('0')));
-        file.open(QIODevice::WriteOnly);
+    if (!QDir().mkpath(root + QStringLiteral("/big"))
+        || !nubixbench::writeFiles(root + QStringLiteral("/big"), entries)) {
+        state.SkipWithError("cannot create the folder");
+        return;
     }
-    kelodrive::Simulator sim;
-    sim.setPortFilePath(QString());
-    sim.setAskPluginInfo(false);
-    sim.setRescanMs(0);
-    sim.setSyncRoot(root);
-    sim.start();
-    FrameCounter client(sim.port());
-    client.waitFor(0);
+    Session session(root);
+    FrameCounter &client = session.client;
     const QByteArray request = fileStatusRequest(QStringLiteral("/big"));
 
     double worstMs = 0;
@@ -115,16 +123,11 @@ BENCHMARK(BM_FileStatusOfLargeFolder)->Arg(10000)->Unit(benchmark::kMillisecond)
 void BM_NotificationBurst(benchmark::State &state)
 {
     const int burst = int(state.range(0));
-    kelodrive::Simulator sim;
-    sim.setPortFilePath(QString());
-    sim.setAskPluginInfo(false);
-    sim.start();
-    FrameCounter client(sim.port());
-    while (sim.connectionCount() < 1)
-        QCoreApplication::processEvents();
+    Session session;
+    FrameCounter &client = session.client;
     for (auto _ : state) {
         const qint64 want = client.frames + burst;
-        sim.sendBurst(burst, QStringLiteral("fileSyncStatus"));
+        session.sim.sendBurst(burst, QStringLiteral("fileSyncStatus"));
         if (!client.waitFor(want)) {
             state.SkipWithError("notifications lost");
             break;
@@ -140,13 +143,8 @@ void BM_SustainedNotifications(benchmark::State &state)
 {
     const int seconds = int(state.range(0));
     constexpr int kRate = 10000;
-    kelodrive::Simulator sim;
-    sim.setPortFilePath(QString());
-    sim.setAskPluginInfo(false);
-    sim.start();
-    FrameCounter client(sim.port());
-    while (sim.connectionCount() < 1)
-        QCoreApplication::processEvents();
+    Session session;
+    FrameCounter &client = session.client;
 
     for (auto _ : state) {
         const qint64 base = client.frames;
@@ -161,7 +159,7 @@ void BM_SustainedNotifications(benchmark::State &state)
             const qint64 due = qMin<qint64>(qint64(seconds) * kRate, clock.nsecsElapsed() * kRate / 1000000000);
             const qint64 now = due - sent;
             if (now > 0)
-                sim.sendBurst(int(now), QStringLiteral("syncQuantity"));
+                session.sim.sendBurst(int(now), QStringLiteral("syncQuantity"));
             sent = due;
             maxBacklog = qMax(maxBacklog, sent - (client.frames - base));
         });
@@ -184,13 +182,7 @@ BENCHMARK(BM_SustainedNotifications)->Arg(3)->Iterations(1)->Unit(benchmark::kSe
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
-    QLoggingCategory::setFilterRules(
-        QStringLiteral("org.sablo.kelodrive.sim.debug=false\norg.sablo.kelodrive.sim.info=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    nubixbench::RunOptions options;
+    options.quietCategory = QStringLiteral("org.sablo.kelodrive.sim");
+    return nubixbench::runBenchmarks(argc, argv, options);
 }

@@ -28,9 +28,13 @@ const QString kServerHost = QStringLiteral("localhost");
 constexpr int kRetryDelayMs = 3000;
 constexpr int kPgrepTimeoutMs = 30000;
 
-void warnUnexpectedArgs(const char *parser)
+// Whether a notification's "args" converts to T; warns in the parser's name when not.
+template <class T> bool argsConvert(const QVariant &args, const char *parser)
 {
+    if (args.canConvert<T>())
+        return true;
     nubixWarning().noquote() << "NubixMessageHandler: Unexpected argument type for method" << QLatin1String(parser);
+    return false;
 }
 
 // Values of a parsed answer read as its variant map would give them: a value
@@ -434,19 +438,14 @@ void NubixMessageHandler::requestNavigate(PageType page)
 
 void NubixMessageHandler::parseSigSyncInited(const QVariant &args)
 {
-    if (!args.canConvert<bool>()) {
-        warnUnexpectedArgs("parseSigSyncInited");
-        return;
-    }
-    Q_EMIT sigSyncInited(args.toBool());
+    if (argsConvert<bool>(args, "parseSigSyncInited"))
+        Q_EMIT sigSyncInited(args.toBool());
 }
 
 void NubixMessageHandler::parseSigSyncRootChanged(const QVariant &args)
 {
-    if (!args.canConvert<QString>()) {
-        warnUnexpectedArgs("parseSigSyncRootChanged");
+    if (!argsConvert<QString>(args, "parseSigSyncRootChanged"))
         return;
-    }
     // The new root is only taken over from the answer; the key is not needed.
     requestSyncInfo();
     Q_EMIT sigSyncRootChanged(args.toString());
@@ -454,37 +453,26 @@ void NubixMessageHandler::parseSigSyncRootChanged(const QVariant &args)
 
 void NubixMessageHandler::parseSigBannedDirChanged(const QVariant &args)
 {
-    if (!args.canConvert<QStringList>()) {
-        warnUnexpectedArgs("parseSigBannedDirChanged");
-        return;
-    }
-    Q_EMIT sigBanDirsChanged(args.toStringList());
+    if (argsConvert<QStringList>(args, "parseSigBannedDirChanged"))
+        Q_EMIT sigBanDirsChanged(args.toStringList());
 }
 
 void NubixMessageHandler::parseSigSyncQuantityChanged(const QVariant &args)
 {
-    if (!args.canConvert<QVariantMap>()) {
-        warnUnexpectedArgs("parseSigSyncQuantityChanged");
-        return;
-    }
-    Q_EMIT sigSyncQuantityChanged(toSyncQuantity(args.toMap()));
+    if (argsConvert<QVariantMap>(args, "parseSigSyncQuantityChanged"))
+        Q_EMIT sigSyncQuantityChanged(toSyncQuantity(args.toMap()));
 }
 
 void NubixMessageHandler::parseSigSyncErrorOccured(const QVariant &args)
 {
-    if (!args.canConvert<QVariantMap>()) {
-        warnUnexpectedArgs("parseSigSyncErrorOccured");
-        return;
-    }
-    Q_EMIT sigSyncErrorOccured(toSyncError(args.toMap()));
+    if (argsConvert<QVariantMap>(args, "parseSigSyncErrorOccured"))
+        Q_EMIT sigSyncErrorOccured(toSyncError(args.toMap()));
 }
 
 void NubixMessageHandler::parseSigFileSyncStatusChanged(const QVariant &args)
 {
-    if (!args.canConvert<QVariantMap>()) {
-        warnUnexpectedArgs("parseSigFileSyncStatusChanged");
+    if (!argsConvert<QVariantMap>(args, "parseSigFileSyncStatusChanged"))
         return;
-    }
     const QVariantMap map = args.toMap();
     FileData data;
     data.path = map.value(QStringLiteral("path"), QString()).toString();

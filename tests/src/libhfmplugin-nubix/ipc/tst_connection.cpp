@@ -31,63 +31,6 @@ const QString kStillRunning
 const QString kNotRunning
     = QStringLiteral("NubixMessageHandler: Server process not running, stopping reconnection attempts");
 
-struct Line
-{
-    QtMsgType type;
-    QString category;
-    QString text;
-};
-
-// Log lines with their category, which the shared log helper does not keep.
-class CategoryLog
-{
-public:
-    CategoryLog()
-    {
-        current() = this;
-        previous = qInstallMessageHandler(&CategoryLog::handler);
-    }
-    ~CategoryLog()
-    {
-        qInstallMessageHandler(previous);
-        current() = nullptr;
-    }
-    Q_DISABLE_COPY(CategoryLog)
-
-    QList<Line> lines(QtMsgType type) const
-    {
-        QList<Line> result;
-        for (const Line &line : entries) {
-            if (line.type == type)
-                result.append(line);
-        }
-        return result;
-    }
-    QStringList texts(QtMsgType type) const
-    {
-        QStringList result;
-        for (const Line &line : lines(type))
-            result.append(line.text);
-        return result;
-    }
-
-private:
-    static CategoryLog *&current()
-    {
-        static CategoryLog *log = nullptr;
-        return log;
-    }
-    static void handler(QtMsgType type, const QMessageLogContext &context, const QString &text)
-    {
-        // Only the test's thread is recorded; the socket thread's lines are not needed here.
-        if (CategoryLog *log = current(); log && QThread::currentThread() == qApp->thread())
-            log->entries.append({type, QString::fromLatin1(context.category), text});
-    }
-
-    QList<Line> entries;
-    QtMessageHandler previous = nullptr;
-};
-
 void writePortFile(const QByteArray &content)
 {
     const QString path = NubixMessageHandler::portFilePath();
@@ -153,30 +96,26 @@ void TestConnection::readsPortFile_data()
     // "%1" stands for the port file's path.
     QTest::addColumn<QStringList>("criticals");
 
-    const QString invalid = QStringLiteral("NubixMessageHandler: Invalid port number in config file: \"%1\"");
-    const QString cannotOpen = QStringLiteral("NubixMessageHandler: Cannot open config file: \"%1\"");
-
+    const auto invalid = [](const char *line) {
+        return QStringList {
+            QStringLiteral("NubixMessageHandler: Invalid port number in config file: \"%1\"").arg(QLatin1String(line)),
+            kNoValidPort};
+    };
     QTest::newRow("plain port") << true << QByteArray("%1") << true << QStringList();
     QTest::newRow("spaces around the port") << true << QByteArray("  \t%1  \n") << true << QStringList();
     QTest::newRow("only the first line counts")
         << true << QByteArray("%1\n1\nsomething else\n") << true << QStringList();
-    QTest::newRow("not a number") << true << QByteArray("port=8080\n") << false
-                                  << QStringList {invalid.arg(QStringLiteral("port=8080")), kNoValidPort};
-    QTest::newRow("hexadecimal") << true << QByteArray("0x1f90\n") << false
-                                 << QStringList {invalid.arg(QStringLiteral("0x1f90")), kNoValidPort};
-    QTest::newRow("negative") << true << QByteArray("-1\n") << false
-                              << QStringList {invalid.arg(QStringLiteral("-1")), kNoValidPort};
-    QTest::newRow("above 65535") << true << QByteArray("65536\n") << false
-                                 << QStringList {invalid.arg(QStringLiteral("65536")), kNoValidPort};
-    QTest::newRow("empty file") << true << QByteArray() << false << QStringList {invalid.arg(QString()), kNoValidPort};
-    QTest::newRow("empty first line") << true << QByteArray("\n%1\n") << false
-                                      << QStringList {invalid.arg(QString()), kNoValidPort};
-    QTest::newRow("letters after the digits") << true << QByteArray("8080abc\n") << false
-                                              << QStringList {invalid.arg(QStringLiteral("8080abc")), kNoValidPort};
-    QTest::newRow("decimal point") << true << QByteArray("80.5\n") << false
-                                   << QStringList {invalid.arg(QStringLiteral("80.5")), kNoValidPort};
+    QTest::newRow("not a number") << true << QByteArray("port=8080\n") << false << invalid("port=8080");
+    QTest::newRow("hexadecimal") << true << QByteArray("0x1f90\n") << false << invalid("0x1f90");
+    QTest::newRow("negative") << true << QByteArray("-1\n") << false << invalid("-1");
+    QTest::newRow("above 65535") << true << QByteArray("65536\n") << false << invalid("65536");
+    QTest::newRow("empty file") << true << QByteArray() << false << invalid("");
+    QTest::newRow("empty first line") << true << QByteArray("\n%1\n") << false << invalid("");
+    QTest::newRow("letters after the digits") << true << QByteArray("8080abc\n") << false << invalid("8080abc");
     QTest::newRow("zero") << true << QByteArray("0\n") << false << QStringList {kNoValidPort};
-    QTest::newRow("missing") << false << QByteArray() << false << QStringList {cannotOpen, kNoValidPort};
+    QTest::newRow("missing") << false << QByteArray() << false
+                             << QStringList {QStringLiteral("NubixMessageHandler: Cannot open config file: \"%1\""),
+                                    kNoValidPort};
 }
 
 void TestConnection::readsPortFile()
@@ -194,18 +133,18 @@ void TestConnection::readsPortFile()
 
     NubixMessageHandler handler;
     QSignalSpy connected(&handler, &NubixMessageHandler::sigConnected);
-    CategoryLog log;
+    MessageLog log;
     handler.tryConnect();
 
-    QCOMPARE(log.texts(QtInfoMsg).count(kAttempt), 1);
-    QCOMPARE(log.texts(QtCriticalMsg), criticals);
+    const QStringList infos = log.lines(QtInfoMsg);
+    QCOMPARE(infos.count(kAttempt), 1);
+    QCOMPARE(log.lines(QtCriticalMsg), criticals);
     // Port file problems show whatever the plug-in's own category lets through.
-    for (const Line &line : log.lines(QtCriticalMsg))
-        QCOMPARE(line.category, QStringLiteral("default"));
-    for (const Line &line : log.lines(QtInfoMsg))
-        QCOMPARE(line.category, QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix"));
+    for (const QString &category : log.categories(QtCriticalMsg))
+        QCOMPARE(category, QStringLiteral("default"));
+    for (const QString &category : log.categories(QtInfoMsg))
+        QCOMPARE(category, QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix"));
 
-    const QStringList infos = log.texts(QtInfoMsg);
     const bool asked
         = std::any_of(infos.cbegin(), infos.cend(), [](const QString &l) { return l.startsWith(kClientConnecting); });
     QCOMPARE(asked, connects);

@@ -6,9 +6,9 @@
 #include <QStringList>
 #include <QtGlobal>
 
-// Records every log line written while it exists (from any thread), so that
-// a test can assert the exact set of warnings some input produced, and wait
-// for a line the code under test writes. Lines are not printed.
+// Records every log line written while it exists (from any thread), with its
+// category, so that a test can assert the exact set of warnings some input
+// produced, and wait for a line the code under test writes. Lines are not printed.
 class MessageLog
 {
 public:
@@ -24,16 +24,9 @@ public:
     }
     Q_DISABLE_COPY(MessageLog)
 
-    QStringList lines(QtMsgType type) const
-    {
-        QMutexLocker lock(&mutex);
-        QStringList result;
-        for (const auto &entry : entries) {
-            if (entry.first == type)
-                result.append(entry.second);
-        }
-        return result;
-    }
+    QStringList lines(QtMsgType type) const { return collect(type, &Entry::text); }
+    // The category of each of lines(type), in the same order.
+    QStringList categories(QtMsgType type) const { return collect(type, &Entry::category); }
     // Warnings and worse: what "nothing else" is checked against.
     QStringList problems() const { return lines(QtWarningMsg) + lines(QtCriticalMsg) + lines(QtFatalMsg); }
     int count(QtMsgType type, const QString &prefix) const
@@ -43,27 +36,39 @@ public:
             n += line.startsWith(prefix) ? 1 : 0;
         return n;
     }
-    void clear()
-    {
-        QMutexLocker lock(&mutex);
-        entries.clear();
-    }
 
 private:
+    struct Entry
+    {
+        QtMsgType type;
+        QString category;
+        QString text;
+    };
+
+    QStringList collect(QtMsgType type, QString Entry::*field) const
+    {
+        QMutexLocker lock(&mutex);
+        QStringList result;
+        for (const Entry &entry : entries) {
+            if (entry.type == type)
+                result.append(entry.*field);
+        }
+        return result;
+    }
     static MessageLog *&current()
     {
         static MessageLog *log = nullptr;
         return log;
     }
-    static void handler(QtMsgType type, const QMessageLogContext &, const QString &text)
+    static void handler(QtMsgType type, const QMessageLogContext &context, const QString &text)
     {
         if (MessageLog *log = current()) {
             QMutexLocker lock(&log->mutex);
-            log->entries.append({type, text});
+            log->entries.append({type, QString::fromLatin1(context.category), text});
         }
     }
 
     mutable QMutex mutex;
-    QList<QPair<QtMsgType, QString>> entries;
+    QList<Entry> entries;
     QtMessageHandler previous = nullptr;
 };

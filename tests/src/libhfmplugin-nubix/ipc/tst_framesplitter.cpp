@@ -27,7 +27,6 @@ void TestFrameSplitter::splitsStream_data()
     QTest::addColumn<QStringList>("messages");
     QTest::addColumn<QString>("pending");
 
-    QTest::newRow("one message") << Chunks {"a\f"} << utf8List({"a"}) << QString();
     QTest::newRow("two messages in one read") << Chunks {"a\fb\f"} << utf8List({"a", "b"}) << QString();
     QTest::newRow("message over many reads")
         << Chunks {"{\"ty", "pe\":", "1}", "\f"} << utf8List({"{\"type\":1}"}) << QString();
@@ -35,7 +34,6 @@ void TestFrameSplitter::splitsStream_data()
     QTest::newRow("text after last delimiter waits")
         << Chunks {"a\fbc", "d\fe"} << utf8List({"a", "bcd"}) << QStringLiteral("e");
     QTest::newRow("empty message between delimiters") << Chunks {"a\f\fb\f"} << utf8List({"a", "", "b"}) << QString();
-    QTest::newRow("delimiter first") << Chunks {"\fa\f"} << utf8List({"", "a"}) << QString();
     QTest::newRow("delimiters only") << Chunks {"\f", "\f\f"} << utf8List({"", "", ""}) << QString();
     QTest::newRow("bytes after a zero byte dropped")
         << Chunks {QByteArray("a\fb\0c\fd", 7), "e\f"} << utf8List({"a", "be"}) << QString();
@@ -45,8 +43,6 @@ void TestFrameSplitter::splitsStream_data()
         << Chunks {QByteArray("a\0\f", 3), "b\f"} << utf8List({"ab"}) << QString();
     QTest::newRow("null read") << Chunks {QByteArray()} << QStringList() << QString();
     QTest::newRow("empty read between parts") << Chunks {"a", "", "b\f"} << utf8List({"ab"}) << QString();
-    QTest::newRow("several reads each completing")
-        << Chunks {"a\fb", "\fc", "\f"} << utf8List({"a", "b", "c"}) << QString();
     QTest::newRow("utf-8 whole in one read")
         << Chunks {"h\xc3\xa9\f"} << QStringList {QStringLiteral("h\u00e9")} << QString();
     // Each read is decoded on its own; a character split between two reads is not joined.

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ipc/nubixmessagehandler.h"
-#include "ipc/tcpclient.h"
-
-#include "localpeer.h"
 #include "messagelog.h"
 #include "teststrings.h"
+#include "wire.h"
 
 #include <QDateTime>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
 #include <QSignalSpy>
@@ -30,45 +26,18 @@ const QByteArray kSentinel("{\"type\":\"sentinel\",\"data\":{}}");
 const QString kSentinelWarning = QStringLiteral("NubixMessageHandler: Invalid message type: \"sentinel\"");
 }   // namespace
 
-// A handler connected to a peer on 127.0.0.1.
-class ConnectedHandler
-{
-public:
-    bool connect()
-    {
-        QSignalSpy connected(&handler, &NubixMessageHandler::sigConnected);
-        handler.client()->connectToServer(QStringLiteral("127.0.0.1"), peer.port());
-        return peer.waitForClient() && (connected.count() == 1 || connected.wait()) && handler.isConnected();
-    }
-
-    LocalPeer peer;
-    NubixMessageHandler handler;
-};
-
 class TestNubixMessageHandler : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void instanceIsOneObject();
     void keyIsBracedUuidWithoutClosingBrace();
     void buildsEnvelopes_data();
     void buildsEnvelopes();
-    void requestSendsFramedEnvelope();
-    void followsConnectionState();
     void malformedInputGivesOnlyItsWarning_data();
     void malformedInputGivesOnlyItsWarning();
     void answersPluginInfoWhileConnected();
     void refusesPluginInfoWhileDisconnected();
 };
-
-void TestNubixMessageHandler::instanceIsOneObject()
-{
-    NubixMessageHandler *handler = NubixMessageHandler::instance();
-    QVERIFY(handler);
-    QCOMPARE(NubixMessageHandler::instance(), handler);
-    QVERIFY(!handler->parent());
-    QVERIFY(!handler->isConnected());
-}
 
 void TestNubixMessageHandler::keyIsBracedUuidWithoutClosingBrace()
 {
@@ -93,11 +62,6 @@ void TestNubixMessageHandler::buildsEnvelopes_data()
 
     QTest::newRow("request without arguments")
         << false << QStringLiteral("getUserInfo") << QVariantMap() << QJsonObject();
-    QTest::newRow("request with arguments") << false << QStringLiteral("getFileStatus")
-                                            << QVariantMap {{QStringLiteral("basedir"), QStringLiteral("/a/b")},
-                                                   {QStringLiteral("type"), QStringLiteral("dir")}}
-                                            << QJsonObject {{QStringLiteral("basedir"), QStringLiteral("/a/b")},
-                                                   {QStringLiteral("type"), QStringLiteral("dir")}};
     QTest::newRow("request with nested arguments")
         << false << QStringLiteral("navigate")
         << QVariantMap {{QStringLiteral("type"), QStringLiteral("page")},
@@ -147,91 +111,43 @@ void TestNubixMessageHandler::buildsEnvelopes()
     QVERIFY(text.contains(QLatin1String("\n    \"data\": {")));
 }
 
-void TestNubixMessageHandler::requestSendsFramedEnvelope()
-{
-    ConnectedHandler c;
-    QVERIFY(c.connect());
-
-    const QVariantMap data {{QStringLiteral("basedir"), QStringLiteral("/x")}};
-    const QString first = c.handler.request(QStringLiteral("getFileStatus"), data);
-    const QString second = c.handler.request(QStringLiteral("getSyncInfo"), QVariantMap());
-    QVERIFY(first != second);
-
-    const QJsonObject one = parseObject(c.peer.nextFrame());
-    const QJsonObject two = parseObject(c.peer.nextFrame());
-    QCOMPARE(one.value(QStringLiteral("type")).toString(), QStringLiteral("ping"));
-    const QJsonObject body = one.value(QStringLiteral("data")).toObject();
-    QCOMPARE(body.value(QStringLiteral("method")).toString(), QStringLiteral("getFileStatus"));
-    QCOMPARE(body.value(QStringLiteral("key")).toString(), first);
-    QCOMPARE(body.value(QStringLiteral("data")).toObject().toVariantMap(), data);
-    QCOMPARE(two.value(QStringLiteral("data")).toObject().value(QStringLiteral("key")).toString(), second);
-}
-
-void TestNubixMessageHandler::followsConnectionState()
-{
-    ConnectedHandler c;
-    QSignalSpy disconnected(&c.handler, &NubixMessageHandler::sigDisconnected);
-    QVERIFY(!c.handler.isConnected());
-    QVERIFY(c.connect());
-    QVERIFY(c.handler.isConnected());
-    c.peer.disconnectClient();
-    QTRY_COMPARE(disconnected.count(), 1);
-    QVERIFY(!c.handler.isConnected());
-}
-
 void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning_data()
 {
     QTest::addColumn<QByteArray>("message");
     QTest::addColumn<QString>("warning");
 
-    const QString format = QStringLiteral("NubixMessageHandler: Invalid message format");
-    const QString dataObject = QStringLiteral("NubixMessageHandler: Invalid data object");
+    const auto warning
+        = [](const char *text) -> QString { return QStringLiteral("NubixMessageHandler: ") + QLatin1String(text); };
+    const QString format = warning("Invalid message format");
+    const QString dataObject = warning("Invalid data object");
 
     QTest::newRow("not json") << QByteArray("hello there") << format;
-    QTest::newRow("empty message") << QByteArray("") << format;
-    QTest::newRow("truncated object") << QByteArray("{\"type\":\"ping\",\"data\":{") << format;
-    QTest::newRow("top-level array") << QByteArray("[{\"type\":\"ping\"}]") << format;
-    QTest::newRow("top-level string") << QByteArray("\"ping\"") << format;
-    QTest::newRow("unknown type") << QByteArray("{\"type\":\"bogus\",\"data\":{\"method\":\"x\"}}")
-                                  << QStringLiteral("NubixMessageHandler: Invalid message type: \"bogus\"");
-    QTest::newRow("type missing") << QByteArray("{\"data\":{\"method\":\"x\"}}")
-                                  << QStringLiteral("NubixMessageHandler: Invalid message type: \"\"");
-    QTest::newRow("type not a string") << QByteArray("{\"type\":1,\"data\":{\"method\":\"x\"}}")
-                                       << QStringLiteral("NubixMessageHandler: Invalid message type: \"\"");
-    QTest::newRow("pong with empty data") << QByteArray("{\"type\":\"pong\",\"data\":{}}") << dataObject;
-    QTest::newRow("ping with empty data") << QByteArray("{\"type\":\"ping\",\"data\":{}}") << dataObject;
-    QTest::newRow("ping without data") << QByteArray("{\"type\":\"ping\"}") << dataObject;
-    QTest::newRow("ping with array data") << QByteArray("{\"type\":\"ping\",\"data\":[1,2]}") << dataObject;
-    QTest::newRow("unsupported request method")
-        << QByteArray("{\"type\":\"ping\",\"data\":{\"method\":\"frobnicate\",\"key\":\"k\"}}")
-        << QStringLiteral("NubixMessageHandler: Unsupported request method: \"frobnicate\"");
-    QTest::newRow("request without method") << QByteArray("{\"type\":\"ping\",\"data\":{\"key\":\"k\"}}")
-                                            << QStringLiteral("NubixMessageHandler: Unsupported request method: \"\"");
+    QTest::newRow("top-level array") << QByteArray(R"([{"type":"ping"}])") << format;
+    QTest::newRow("unknown type") << QByteArray(R"({"type":"bogus","data":{"method":"x"}})")
+                                  << warning(R"(Invalid message type: "bogus")");
+    QTest::newRow("type missing") << QByteArray(R"({"data":{"method":"x"}})") << warning(R"(Invalid message type: "")");
+    QTest::newRow("pong with empty data") << QByteArray(R"({"type":"pong","data":{}})") << dataObject;
+    QTest::newRow("ping with empty data") << QByteArray(R"({"type":"ping","data":{}})") << dataObject;
+    QTest::newRow("ping with array data") << QByteArray(R"({"type":"ping","data":[1,2]})") << dataObject;
+    QTest::newRow("unsupported request method") << QByteArray(R"({"type":"ping","data":{"method":"frob","key":"k"}})")
+                                                << warning(R"(Unsupported request method: "frob")");
+    QTest::newRow("request without method")
+        << QByteArray(R"({"type":"ping","data":{"key":"k"}})") << warning(R"(Unsupported request method: "")");
     QTest::newRow("notify without args")
-        << QByteArray(
-               "{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"key\":\"k\",\"data\":{\"type\":\"syncRoot\"}}}")
-        << QStringLiteral("NubixMessageHandler: Invalid notify! "
-                          "QJsonObject({\"data\":{\"type\":\"syncRoot\"},\"key\":\"k\",\"method\":\"notify\"})");
-    QTest::newRow("notify without type") << QByteArray(
-        "{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"data\":{\"args\":true}}}")
-                                         << QStringLiteral(
-                                                "NubixMessageHandler: Invalid notify! "
-                                                "QJsonObject({\"data\":{\"args\":true},\"method\":\"notify\"})");
-    QTest::newRow("notify with empty data")
-        << QByteArray("{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"data\":{}}}")
-        << QStringLiteral("NubixMessageHandler: Invalid notify! QJsonObject({\"data\":{},\"method\":\"notify\"})");
+        << QByteArray(R"({"type":"ping","data":{"method":"notify","key":"k","data":{"type":"syncRoot"}}})")
+        << warning(R"(Invalid notify! QJsonObject({"data":{"type":"syncRoot"},"key":"k","method":"notify"}))");
+    QTest::newRow("notify without type")
+        << QByteArray(R"({"type":"ping","data":{"method":"notify","data":{"args":1}}})")
+        << warning(R"(Invalid notify! QJsonObject({"data":{"args":1},"method":"notify"}))");
     QTest::newRow("notify with data not an object")
-        << QByteArray("{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"data\":\"syncRoot\"}}")
-        << QStringLiteral(
-               "NubixMessageHandler: Invalid notify! QJsonObject({\"data\":\"syncRoot\",\"method\":\"notify\"})");
-    QTest::newRow("unknown notification") << QByteArray(
-        "{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"data\":{\"type\":\"noSuchThing\",\"args\":1}}}")
-                                          << QStringLiteral("NubixMessageHandler: Unsupported signal: \"noSuchThing\"");
-    QTest::newRow("response to a method without parser")
-        << QByteArray("{\"type\":\"pong\",\"data\":{\"method\":\"setSyncPause\",\"key\":\"k\",\"data\":{\"code\":0}}}")
-        << QStringLiteral("NubixMessageHandler: Unsupported method: \"setSyncPause\"");
-    QTest::newRow("response without method") << QByteArray("{\"type\":\"pong\",\"data\":{\"key\":\"k\"}}")
-                                             << QStringLiteral("NubixMessageHandler: Unsupported method: \"\"");
+        << QByteArray(R"({"type":"ping","data":{"method":"notify","data":"syncRoot"}})")
+        << warning(R"(Invalid notify! QJsonObject({"data":"syncRoot","method":"notify"}))");
+    QTest::newRow("unknown notification")
+        << notification("noSuchThing", "1") << warning(R"(Unsupported signal: "noSuchThing")");
+    QTest::newRow("answer to a method without parser")
+        << response("setSyncPause", "k", R"({"code":0})") << warning(R"(Unsupported method: "setSyncPause")");
+    QTest::newRow("answer without method")
+        << QByteArray(R"({"type":"pong","data":{"key":"k"}})") << warning(R"(Unsupported method: "")");
 }
 
 void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning()
@@ -239,7 +155,7 @@ void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning()
     QFETCH(QByteArray, message);
     QFETCH(QString, warning);
 
-    ConnectedHandler c;
+    Wire c;
     QVERIFY(c.connect());
     MessageLog log;
     QSignalSpy connected(&c.handler, &NubixMessageHandler::sigConnected);
@@ -256,13 +172,13 @@ void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning()
 
 void TestNubixMessageHandler::answersPluginInfoWhileConnected()
 {
-    ConnectedHandler c;
+    Wire c;
     QVERIFY(c.connect());
     MessageLog log;
 
     const qint64 before = QDateTime::currentMSecsSinceEpoch();
-    c.peer.write("{\"type\":\"ping\",\"data\":{\"from\":\"server\",\"to\":\"client\",\"method\":\"getPluginInfo\","
-                 "\"key\":\"{abc-123\",\"data\":{},\"version\":1}}\f");
+    c.peer.send(R"({"type":"ping","data":{"from":"server","to":"client","method":"getPluginInfo",)"
+                R"("key":"{abc-123","data":{},"version":1}})");
     const QJsonObject answer = parseObject(c.peer.nextFrame());
     QCOMPARE(answer.value(QStringLiteral("type")).toString(), QStringLiteral("pong"));
     const QJsonObject body = answer.value(QStringLiteral("data")).toObject();
@@ -290,7 +206,6 @@ void TestNubixMessageHandler::refusesPluginInfoWhileDisconnected()
     const QString question
         = QStringLiteral("{\"type\":\"ping\",\"data\":{\"method\":\"getPluginInfo\",\"key\":\"k\"}}");
     const QStringList expected {QStringLiteral("NubixMessageHandler: Not connected.")};
-
     const QString sending = QStringLiteral("TcpClient: Sending message:");
 
     {
@@ -302,7 +217,7 @@ void TestNubixMessageHandler::refusesPluginInfoWhileDisconnected()
     }
 
     // Connected once, then dropped by the peer.
-    ConnectedHandler c;
+    Wire c;
     QVERIFY(c.connect());
     QSignalSpy disconnected(&c.handler, &NubixMessageHandler::sigDisconnected);
     c.peer.disconnectClient();

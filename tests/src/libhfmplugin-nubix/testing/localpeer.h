@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -24,12 +26,20 @@ public:
             socket = server.nextPendingConnection();
         return socket != nullptr;
     }
+    // Lets go of the client, so that waitForClient() waits for its next connection.
+    void forgetClient()
+    {
+        socket = nullptr;
+        buffer.clear();
+    }
     // Writes one piece and pushes it out at once.
     void write(const QByteArray &bytes)
     {
         socket->write(bytes);
         socket->flush();
     }
+    // Writes one message and its delimiter.
+    void send(const QByteArray &message) { write(message + '\x0c'); }
     // Everything received so far, waiting until at least `size` bytes are there.
     QByteArray received(int size = 0)
     {
@@ -52,6 +62,15 @@ public:
         const QByteArray frame = buffer.left(end);
         buffer.remove(0, end + 1);
         return frame;
+    }
+    // The body ("data") of the next request envelope the client sent; empty
+    // when it sent anything else or nothing.
+    QJsonObject nextBody()
+    {
+        const QJsonObject envelope = QJsonDocument::fromJson(nextFrame()).object();
+        if (envelope.value(QStringLiteral("type")).toString() != QLatin1String("ping"))
+            return QJsonObject();
+        return envelope.value(QStringLiteral("data")).toObject();
     }
     void disconnectClient() { socket->disconnectFromHost(); }
 

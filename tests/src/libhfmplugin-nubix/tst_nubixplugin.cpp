@@ -23,7 +23,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <algorithm>
 #include <cstdio>
 
 using namespace hfmplugin_nubix;
@@ -32,16 +31,6 @@ namespace {
 const char kGateChild[] = "--gate-child";
 const QString kShowLine = QStringLiteral("window showed, try connect to nubix server.");
 const QString kAttemptLine = QStringLiteral("NubixMessageHandler: Attempting to connect...");
-
-// Problems other than the port file's: the test homes have no sync client.
-QStringList problemsBesidesPortFile(const MessageLog &log)
-{
-    QStringList problems = log.problems();
-    problems.erase(std::remove_if(problems.begin(), problems.end(),
-                       [](const QString &line) { return line.startsWith(QLatin1String("NubixMessageHandler: ")); }),
-        problems.end());
-    return problems;
-}
 
 // A directory holding a fake host executable that answers "-v" with the given
 // lines (none: prints nothing); `install` false leaves the directory empty.
@@ -129,8 +118,6 @@ private Q_SLOTS:
     void waitsForPluginToStart_data();
     void waitsForPluginToStart();
     void ignoresEmptyFunction();
-    void filtersShowOfHostWindows_data();
-    void filtersShowOfHostWindows();
     void everyShownWindowIsNoticed();
 };
 
@@ -155,12 +142,7 @@ void TestNubixPlugin::readsHostVersion_data()
     QTest::newRow("version line") << QByteArray("hde-file-manager 6.0.49.25\n") << true << QStringLiteral("6.0.49.25");
     QTest::newRow("line among others") << QByteArray("loading\nhde-file-manager 6.0.50.1\nbye\n") << true
                                        << QStringLiteral("6.0.50.1");
-    QTest::newRow("extra fields") << QByteArray("hde-file-manager 6.0.49.26 (build 7)\n") << true
-                                  << QStringLiteral("6.0.49.26");
-    QTest::newRow("spaces around") << QByteArray("hde-file-manager    6.0.49.30   \n") << true
-                                   << QStringLiteral("6.0.49.30");
     QTest::newRow("line of another program") << QByteArray("xhde-file-manager 9.9\n") << true << QString();
-    QTest::newRow("name not at line start") << QByteArray(" hde-file-manager 9.9\n") << true << QString();
     QTest::newRow("no output") << QByteArray() << true << QString();
     QTest::newRow("not installed") << QByteArray() << false << QString();
 }
@@ -187,11 +169,8 @@ void TestNubixPlugin::comparesVersionsAsText_data()
     QTest::newRow("minimum") << QStringLiteral("6.0.49.25") << false;
     QTest::newRow("one build below") << QStringLiteral("6.0.49.24") << true;
     QTest::newRow("newer build") << QStringLiteral("6.0.49.26") << false;
-    QTest::newRow("newer minor") << QStringLiteral("6.1") << false;
-    QTest::newRow("newer major") << QStringLiteral("7.0.0.0") << false;
     QTest::newRow("three-digit third part") << QStringLiteral("6.0.100.1") << true;
     QTest::newRow("longer build as text") << QStringLiteral("6.0.49.250") << false;
-    QTest::newRow("older") << QStringLiteral("5.9.99.99") << true;
     QTest::newRow("empty") << QString() << true;
 }
 
@@ -208,11 +187,9 @@ void TestNubixPlugin::gatesOnHostVersion_data()
     QTest::addColumn<bool>("runs");
 
     QTest::newRow("exactly the minimum") << QByteArray("hde-file-manager 6.0.49.25\n") << true << true;
-    QTest::newRow("newer") << QByteArray("hde-file-manager 6.0.50.3\n") << true << true;
     QTest::newRow("one below the minimum") << QByteArray("hde-file-manager 6.0.49.24\n") << true << false;
     QTest::newRow("three-digit component") << QByteArray("hde-file-manager 6.0.100.1\n") << true << false;
     QTest::newRow("no version printed") << QByteArray() << true << false;
-    QTest::newRow("host not installed") << QByteArray() << false << false;
 }
 
 void TestNubixPlugin::gatesOnHostVersion()
@@ -317,44 +294,6 @@ public:
     using hfmbase::FileManagerWindow::FileManagerWindow;
 };
 
-void TestNubixPlugin::filtersShowOfHostWindows_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("eventType");
-    QTest::addColumn<int>("lines");
-
-    QTest::newRow("host window shown") << QStringLiteral("host") << int(QEvent::Show) << 1;
-    QTest::newRow("host window hidden") << QStringLiteral("host") << int(QEvent::Hide) << 0;
-    QTest::newRow("host window painted") << QStringLiteral("host") << int(QEvent::Paint) << 0;
-    QTest::newRow("plain main window shown") << QStringLiteral("main") << int(QEvent::Show) << 0;
-    QTest::newRow("subclass of host window shown") << QStringLiteral("lookalike") << int(QEvent::Show) << 0;
-    QTest::newRow("no object") << QString() << int(QEvent::Show) << 0;
-}
-
-void TestNubixPlugin::filtersShowOfHostWindows()
-{
-    QFETCH(QString, kind);
-    QFETCH(int, eventType);
-    QFETCH(int, lines);
-
-    std::unique_ptr<QWidget> widget;
-    const QUrl url = QUrl::fromLocalFile(QDir::homePath());
-    if (kind == QLatin1String("host"))
-        widget.reset(new hfmbase::FileManagerWindow(url));
-    else if (kind == QLatin1String("main"))
-        widget.reset(new QMainWindow);
-    else if (kind == QLatin1String("lookalike"))
-        widget.reset(new LookalikeWindow(url));
-
-    NubixPlugin plugin;
-    MessageLog log;
-    QEvent event {QEvent::Type(eventType)};
-    QVERIFY(!plugin.eventFilter(widget.get(), &event));
-    QCOMPARE(log.lines(QtDebugMsg).count(kShowLine), lines);
-    QCOMPARE(log.lines(QtInfoMsg).count(kAttemptLine), lines);
-    QCOMPARE(problemsBesidesPortFile(log), QStringList());
-}
-
 void TestNubixPlugin::everyShownWindowIsNoticed()
 {
     NubixPlugin plugin;
@@ -363,14 +302,21 @@ void TestNubixPlugin::everyShownWindowIsNoticed()
     const QUrl url = QUrl::fromLocalFile(QDir::homePath());
     hfmbase::FileManagerWindow first(url);
     hfmbase::FileManagerWindow second(url);
+    // Neither another main window nor a subclass of the host's is a host window.
     QMainWindow other;
+    LookalikeWindow lookalike(url);
 
     first.show();
     QTRY_COMPARE(log.lines(QtDebugMsg).count(kShowLine), 1);
+    // Hiding and painting are no shows.
+    first.update();
+    QCoreApplication::processEvents();
+    first.hide();
+    QCOMPARE(log.lines(QtDebugMsg).count(kShowLine), 1);
     other.show();
+    lookalike.show();
     second.show();
     QTRY_COMPARE(log.lines(QtDebugMsg).count(kShowLine), 2);
-    first.hide();
     first.show();
     QTRY_COMPARE(log.lines(QtDebugMsg).count(kShowLine), 3);
     QCOMPARE(log.lines(QtInfoMsg).count(kAttemptLine), 3);

@@ -82,7 +82,6 @@ private Q_SLOTS:
 
         const QUrl doc = CloudEnvironment::cloud(QStringLiteral("dir/doc.txt"));
         QTest::newRow("url") << QStringLiteral("dir/doc.txt") << UrlType::kUrl << doc;
-        QTest::newRow("original url") << QStringLiteral("dir/doc.txt") << UrlType::kOriginalUrl << doc;
         QTest::newRow("parent") << QStringLiteral("dir/doc.txt") << UrlType::kParentUrl
                                 << CloudEnvironment::cloud(QStringLiteral("dir"));
         QTest::newRow("parent of a top-level file is the root itself")
@@ -95,8 +94,6 @@ private Q_SLOTS:
         QTest::newRow("redirection of a missing file")
             << QStringLiteral("missing.txt") << UrlType::kRedirectedFileUrl
             << QUrl::fromLocalFile(env.localPath(QStringLiteral("missing.txt")));
-        QTest::newRow("url of a missing file")
-            << QStringLiteral("missing.txt") << UrlType::kUrl << CloudEnvironment::cloud(QStringLiteral("missing.txt"));
         QTest::newRow("link target inside the root") << QStringLiteral("dir/link") << UrlType::kSymLinkTargetUrl << doc;
         QTest::newRow("link target outside the root")
             << QStringLiteral("outlink") << UrlType::kSymLinkTargetUrl << QUrl();
@@ -123,12 +120,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("asLocal");
 
         QTest::newRow("redirect a file") << QStringLiteral("dir/doc.txt") << CanType::kCanRedirectionFileUrl << false;
-        QTest::newRow("redirect a missing file")
-            << QStringLiteral("missing.txt") << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("redirect the cloud root") << QString() << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("rename") << QStringLiteral("dir/doc.txt") << CanType::kCanRename << true;
         QTest::newRow("delete") << QStringLiteral("dir/doc.txt") << CanType::kCanDelete << true;
-        QTest::newRow("trash") << QStringLiteral("dir/doc.txt") << CanType::kCanTrash << true;
         QTest::newRow("drop on a folder") << QStringLiteral("dir") << CanType::kCanDrop << true;
         QTest::newRow("drag a missing file") << QStringLiteral("missing.txt") << CanType::kCanDrag << true;
     }
@@ -162,7 +156,6 @@ private Q_SLOTS:
         QTest::newRow("first minute of the hour") << 0 << ViewType::kEmptyDir << kDropTip;
         // Any other tip is the local folder's, whatever the time.
         QTest::newRow("loading, odd minute") << 13 << ViewType::kLoading << QString();
-        QTest::newRow("loading, even minute") << 14 << ViewType::kLoading << QString();
     }
     void viewOfTip()
     {
@@ -185,32 +178,6 @@ private Q_SLOTS:
         g_minute = (minute + 1) % 60;
         if (type == ViewType::kEmptyDir)
             QCOMPARE(info->viewOfTip(type), tip == kWelcomeTip ? kDropTip : kWelcomeTip);
-    }
-
-    void describesTheLocalFile_data()
-    {
-        QTest::addColumn<QString>("path");
-
-        QTest::newRow("file") << QStringLiteral("dir/doc.txt");
-        QTest::newRow("folder") << QStringLiteral("dir");
-        QTest::newRow("link") << QStringLiteral("dir/link");
-        QTest::newRow("missing") << QStringLiteral("missing.txt");
-    }
-    void describesTheLocalFile()
-    {
-        QFETCH(QString, path);
-
-        const hfmbase::FileInfoPointer info = cloudInfo(path);
-        QVERIFY(info);
-        const QFileInfo local(env.localPath(path));
-        QCOMPARE(info->exists(), local.exists());
-        QCOMPARE(info->fileName(), local.fileName());
-        QCOMPARE(info->size(), local.exists() ? local.size() : info->size());
-        QCOMPARE(info->isDir(), local.isDir());
-        QCOMPARE(info->isFile(), local.isFile());
-        QCOMPARE(info->isSymLink(), local.isSymLink());
-        QCOMPARE(info->lastModified(), local.lastModified());
-        QCOMPARE(info->absoluteFilePath(), local.absoluteFilePath());
     }
 
     // Not a cloud URL: nothing to describe, and nothing breaks.

@@ -181,15 +181,10 @@ void TestNubixMessageHandler::answersPluginInfoWhileConnected()
                 R"("key":"{abc-123","data":{},"version":1}})");
     const QJsonObject answer = parseObject(c.peer.nextFrame());
     QCOMPARE(answer.value(QStringLiteral("type")).toString(), QStringLiteral("pong"));
-    const QJsonObject body = answer.value(QStringLiteral("data")).toObject();
-    QCOMPARE(body.value(QStringLiteral("method")).toString(), QStringLiteral("getPluginInfo"));
-    QCOMPARE(body.value(QStringLiteral("key")).toString(), QStringLiteral("{abc-123"));
-    QCOMPARE(body.value(QStringLiteral("from")).toString(), QStringLiteral("client"));
-    QCOMPARE(body.value(QStringLiteral("to")).toString(), QStringLiteral("server"));
-    QCOMPARE(body.value(QStringLiteral("version")).toInt(), 1);
-    QCOMPARE(body.value(QStringLiteral("data")).toObject(),
-        (QJsonObject {{QStringLiteral("version"), QStringLiteral("1.0.7")}}));
-    QVERIFY(qint64(body.value(QStringLiteral("timestamp")).toDouble()) >= before);
+    QJsonObject body = answer.value(QStringLiteral("data")).toObject();
+    QVERIFY(qint64(body.take(QStringLiteral("timestamp")).toDouble()) >= before);
+    QCOMPARE(body, parseObject(R"({"data":{"version":"1.0.7"},"from":"client","key":"{abc-123",
+                                   "method":"getPluginInfo","to":"server","version":1})"));
     QVERIFY(log.problems().isEmpty());
 
     // Several questions in one read get one answer each, in order.

@@ -77,7 +77,7 @@ inline QVariant merged(const QVariant &base, const QVariant &change)
 }
 
 // The map of a default record with the fields of a JSON object replaced.
-template <class Record> QVariantMap defaultsWith(const char *json)
+template <class Record> QVariantMap defaultsWith(const QByteArray &json)
 {
     return merged(toMap(Record()), QJsonDocument::fromJson(json).object().toVariantMap()).toMap();
 }

@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "messagelog.h"
+#include "syncrecordmaps.h"
 #include "teststrings.h"
 #include "wire.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 #include <QUuid>
 
-using hfmplugin_nubix::NubixMessageHandler;
+#include <functional>
+
+using namespace hfmplugin_nubix;
+using recordmaps::defaultsWith;
+using recordmaps::toMap;
+
+using Request = std::function<QString(NubixMessageHandler &)>;
+Q_DECLARE_METATYPE(Request)
 
 namespace {
 QJsonObject parseObject(const QByteArray &text)
@@ -20,16 +27,24 @@ QJsonObject parseObject(const QByteArray &text)
     return error.error == QJsonParseError::NoError ? document.object() : QJsonObject();
 }
 
+QString method(const QJsonObject &body)
+{
+    return body.value(QStringLiteral("method")).toString();
+}
+
 // A message that is refused whatever the connection state, used to know that
 // everything sent before it has been handled.
 const QByteArray kSentinel("{\"type\":\"sentinel\",\"data\":{}}");
 const QString kSentinelWarning = QStringLiteral("NubixMessageHandler: Invalid message type: \"sentinel\"");
 }   // namespace
 
+// The envelope, the dispatch, every request and every parser. Most cases
+// share one handler connected to a peer that plays the sync client.
 class TestNubixMessageHandler : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase();
     void keyIsBracedUuidWithoutClosingBrace();
     void buildsEnvelopes_data();
     void buildsEnvelopes();
@@ -37,7 +52,26 @@ private Q_SLOTS:
     void malformedInputGivesOnlyItsWarning();
     void answersPluginInfoWhileConnected();
     void refusesPluginInfoWhileDisconnected();
+    void requestsCarryTheirPayload_data();
+    void requestsCarryTheirPayload();
+    void navigatesToPages_data();
+    void navigatesToPages();
+    void parsesNotifications_data();
+    void parsesNotifications();
+    void notificationFileIdIs32Bit();
+    void syncRootAsksForSyncInfoFirst();
+    void parsesAnswers_data();
+    void parsesAnswers();
+    void recordsTravelQueued();
+
+private:
+    Wire wire;
 };
+
+void TestNubixMessageHandler::initTestCase()
+{
+    QVERIFY(wire.connect());
+}
 
 void TestNubixMessageHandler::keyIsBracedUuidWithoutClosingBrace()
 {
@@ -172,8 +206,7 @@ void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning()
 
 void TestNubixMessageHandler::answersPluginInfoWhileConnected()
 {
-    Wire c;
-    QVERIFY(c.connect());
+    Wire &c = wire;
     MessageLog log;
 
     const qint64 before = QDateTime::currentMSecsSinceEpoch();
@@ -221,6 +254,365 @@ void TestNubixMessageHandler::refusesPluginInfoWhileDisconnected()
     c.handler.handleMessage(question);
     QCOMPARE(log.problems(), expected);
     QCOMPARE(log.count(QtDebugMsg, sending), 0);
+}
+
+void TestNubixMessageHandler::requestsCarryTheirPayload_data()
+{
+    QTest::addColumn<Request>("request");
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QJsonObject>("data");
+    QTest::addColumn<QString>("logLine");
+
+    // The sync controls return no key.
+    const auto keyless = [](void (NubixMessageHandler::*call)()) {
+        return Request([call](NubixMessageHandler &h) { return (h.*call)(), QString(); });
+    };
+    const auto status = [](const QString &path, bool isDir) {
+        return Request([=](NubixMessageHandler &h) { return h.requestFileStatus(path, isDir); });
+    };
+    const QJsonObject none;
+    QTest::newRow("user info") << Request(&NubixMessageHandler::requestUserInfo) << "getUserInfo" << none
+                               << "NubixMessageHandler: Requesting user info";
+    QTest::newRow("sync info") << Request(&NubixMessageHandler::requestSyncInfo) << "getSyncInfo" << none
+                               << "NubixMessageHandler: Requesting sync info";
+    QTest::newRow("status of one file") << status(QStringLiteral("/a/b"), false) << "getFileStatus"
+                                        << parseObject(R"({"basedir":"/a/b","type":"file"})")
+                                        << "NubixMessageHandler: Requesting file status for \"/a/b\" (file)";
+    QTest::newRow("status of a directory's children")
+        << status(QStringLiteral("/a/b"), true) << "getFileStatus" << parseObject(R"({"basedir":"/a/b","type":"dir"})")
+        << "NubixMessageHandler: Requesting file status for \"/a/b\" (directory)";
+    QTest::newRow("path with spaces and accents")
+        << status(QStringLiteral("/Docs/r\u00e9sum\u00e9 final.odt"), false) << "getFileStatus"
+        << parseObject("{\"basedir\":\"/Docs/r\u00e9sum\u00e9 final.odt\",\"type\":\"file\"}")
+        << "NubixMessageHandler: Requesting file status for \"/Docs/r\u00e9sum\u00e9 final.odt\" (file)";
+    QTest::newRow("pause") << keyless(&NubixMessageHandler::requestSyncPause) << "setSyncPause" << none
+                           << "NubixMessageHandler: Requesting sync pause";
+    QTest::newRow("resume") << keyless(&NubixMessageHandler::requestSyncResume) << "setSyncResume" << none
+                            << "NubixMessageHandler: Requesting sync resume";
+    QTest::newRow("start") << keyless(&NubixMessageHandler::requestSyncStart) << "setSyncStart" << none
+                           << "NubixMessageHandler: Requesting sync start";
+}
+
+void TestNubixMessageHandler::requestsCarryTheirPayload()
+{
+    QFETCH(Request, request);
+    QFETCH(QString, method);
+    QFETCH(QJsonObject, data);
+    QFETCH(QString, logLine);
+
+    MessageLog log;
+    const QString key = request(wire.handler);
+    const QJsonObject body = wire.peer.nextBody();
+    QCOMPARE(::method(body), method);
+    QCOMPARE(body.value(QStringLiteral("data")).toObject(), data);
+    QCOMPARE(body.value(QStringLiteral("from")).toString(), QStringLiteral("client"));
+    if (!key.isEmpty())
+        QCOMPARE(body.value(QStringLiteral("key")).toString(), key);
+    QCOMPARE(log.lines(QtDebugMsg).first(), logLine);
+    QVERIFY(log.problems().isEmpty());
+}
+
+void TestNubixMessageHandler::navigatesToPages_data()
+{
+    QTest::addColumn<int>("page");
+    // Empty: the page is invalid and nothing is sent.
+    QTest::addColumn<QJsonObject>("payload");
+
+    QTest::newRow("0 welcome") << 0 << parseObject(R"({"type":"home","args":"welcome"})");
+    QTest::newRow("1 files") << 1 << parseObject(R"({"type":"home","args":"file"})");
+    QTest::newRow("2 documents") << 2 << parseObject(R"({"type":"home","args":"fileDocs"})");
+    QTest::newRow("3 recycle bin") << 3 << parseObject(R"({"type":"home","args":"fileRecycle"})");
+    QTest::newRow("4 sync set-up") << 4 << parseObject(R"({"type":"home","args":"sync"})");
+    QTest::newRow("5 sync list") << 5 << parseObject(R"({"type":"sync","args":"syncList"})");
+    QTest::newRow("6 error list") << 6 << parseObject(R"({"type":"sync","args":"errorList"})");
+    QTest::newRow("7 settings, no args") << 7 << parseObject(R"({"type":"setting"})");
+    QTest::newRow("8 past the end") << 8 << QJsonObject();
+    QTest::newRow("-1 before the start") << -1 << QJsonObject();
+}
+
+void TestNubixMessageHandler::navigatesToPages()
+{
+    QFETCH(int, page);
+    QFETCH(QJsonObject, payload);
+
+    MessageLog log;
+    wire.handler.requestNavigate(PageType(page));
+    // Something sent after it shows whether the navigation went out before.
+    wire.handler.requestSyncStart();
+
+    QCOMPARE(log.lines(QtDebugMsg).first(), QStringLiteral("NubixMessageHandler: Navigating to page: %1").arg(page));
+    QJsonObject body = wire.peer.nextBody();
+    if (payload.isEmpty()) {
+        QCOMPARE(
+            log.problems(), QStringList {QStringLiteral("NubixMessageHandler: Invalid navigate page: %1").arg(page)});
+        QCOMPARE(method(body), QStringLiteral("setSyncStart"));
+        return;
+    }
+    QVERIFY(log.problems().isEmpty());
+    QCOMPARE(method(body), QStringLiteral("navigate"));
+    QCOMPARE(body.value(QStringLiteral("data")).toObject(), payload);
+    QCOMPARE(method(wire.peer.nextBody()), QStringLiteral("setSyncStart"));
+}
+
+void TestNubixMessageHandler::parsesNotifications_data()
+{
+    QTest::addColumn<QByteArray>("type");
+    QTest::addColumn<QByteArray>("args");
+    // What the one signal carries (records as maps); invalid: refused with a warning.
+    QTest::addColumn<QVariant>("expected");
+
+    QTest::newRow("inited") << QByteArray("syncInited") << QByteArray("true") << QVariant(true);
+    QTest::newRow("inited false") << QByteArray("syncInited") << QByteArray("false") << QVariant(false);
+    QTest::newRow("inited from text") << QByteArray("syncInited") << QByteArray("\"true\"") << QVariant(true);
+    QTest::newRow("inited as object") << QByteArray("syncInited") << QByteArray("{\"a\":1}") << QVariant();
+    QTest::newRow("inited as null") << QByteArray("syncInited") << QByteArray("null") << QVariant();
+    QTest::newRow("root") << QByteArray("syncRoot") << QByteArray("\"/home/u/Kelo Drive\"")
+                          << QVariant(QStringLiteral("/home/u/Kelo Drive"));
+    QTest::newRow("root cleared") << QByteArray("syncRoot") << QByteArray("\"\"") << QVariant(QString());
+    QTest::newRow("root as object") << QByteArray("syncRoot") << QByteArray("{}") << QVariant();
+    QTest::newRow("banned dirs") << QByteArray("banDirs") << QByteArray("[\"/Private\",\"/a b/c\"]")
+                                 << QVariant(QStringList {QStringLiteral("/Private"), QStringLiteral("/a b/c")});
+    QTest::newRow("no banned dirs") << QByteArray("banDirs") << QByteArray("[]") << QVariant(QStringList());
+    QTest::newRow("banned dirs as object") << QByteArray("banDirs") << QByteArray("{\"a\":\"/a\"}") << QVariant();
+
+    const char *counts = R"({"todo":4,"doing":3,"done":2,"error":1})";
+    QTest::newRow("all counts") << QByteArray("syncQuantity") << QByteArray(counts)
+                                << QVariant(defaultsWith<SyncQuantity>(counts));
+    QTest::newRow("missing counts are 0") << QByteArray("syncQuantity") << QByteArray(R"({"doing":7,"other":9})")
+                                          << QVariant(defaultsWith<SyncQuantity>(R"({"doing":7})"));
+    QTest::newRow("counts as list") << QByteArray("syncQuantity") << QByteArray("[1,2,3,4]") << QVariant();
+
+    const char *allFlags = R"({"isPaused":true,"isRemoteSpaceLow":true,"isLocalSpaceLow":true,"isLocalPathExist":true,
+        "isLocalPermitionForbid":true,"isUnknown":true,"isFlowEmpty":true,"isOnline":true})";
+    QTest::newRow("all error flags") << QByteArray("syncErrors") << QByteArray(allFlags)
+                                     << QVariant(defaultsWith<SyncError>(allFlags));
+    QTest::newRow("the client's spelling only")
+        << QByteArray("syncErrors") << QByteArray(R"({"isLocalPermissionForbid":true,"isOnline":true})")
+        << QVariant(defaultsWith<SyncError>(R"({"isOnline":true})"));
+    QTest::newRow("error flags as text") << QByteArray("syncErrors") << QByteArray("\"isPaused\"") << QVariant();
+
+    QTest::newRow("file status, its error code not read")
+        << QByteArray("fileSyncStatus")
+        << QByteArray(
+               R"({"path":"/a/b.txt","isDir":false,"fileid":42,"plan":"upload","plan_status":2,"plan_error":17})")
+        << QVariant(defaultsWith<FileData>(R"({"path":"/a/b.txt","fileId":42,"plan":"upload","planStatus":2})"));
+    QTest::newRow("directory status, nothing else")
+        << QByteArray("fileSyncStatus") << QByteArray(R"({"path":"/a","isDir":true})")
+        << QVariant(defaultsWith<FileData>(R"({"path":"/a","isDir":true})"));
+    QTest::newRow("largest 32-bit file id") << QByteArray("fileSyncStatus") << QByteArray(R"({"fileid":2147483647})")
+                                            << QVariant(defaultsWith<FileData>(R"({"fileId":2147483647})"));
+    QTest::newRow("file status as list") << QByteArray("fileSyncStatus") << QByteArray("[{\"path\":\"/a\"}]")
+                                         << QVariant();
+}
+
+void TestNubixMessageHandler::parsesNotifications()
+{
+    QFETCH(QByteArray, type);
+    QFETCH(QByteArray, args);
+    QFETCH(QVariant, expected);
+
+    QVariantList received;
+    const auto keep = [&received](const QVariant &value) { received.append(value); };
+    NubixMessageHandler &h = wire.handler;
+    QObject context;
+    connect(&h, &NubixMessageHandler::sigSyncInited, &context, keep);
+    connect(&h, &NubixMessageHandler::sigSyncRootChanged, &context, keep);
+    connect(&h, &NubixMessageHandler::sigBanDirsChanged, &context, keep);
+    connect(&h, &NubixMessageHandler::sigSyncQuantityChanged, &context, [&](const SyncQuantity &v) { keep(toMap(v)); });
+    connect(&h, &NubixMessageHandler::sigSyncErrorOccured, &context, [&](const SyncError &v) { keep(toMap(v)); });
+    connect(&h, &NubixMessageHandler::sigFileSyncStatusChanged, &context, [&](const FileData &v) { keep(toMap(v)); });
+
+    MessageLog log;
+    h.handleMessage(QString::fromUtf8(notification(type, args)));
+    if (!expected.isValid()) {
+        // A wrong kind leaves no trace but its warning.
+        static const QHash<QByteArray, QString> parsers {{"syncInited", QStringLiteral("parseSigSyncInited")},
+            {"syncRoot", QStringLiteral("parseSigSyncRootChanged")},
+            {"banDirs", QStringLiteral("parseSigBannedDirChanged")},
+            {"syncQuantity", QStringLiteral("parseSigSyncQuantityChanged")},
+            {"syncErrors", QStringLiteral("parseSigSyncErrorOccured")},
+            {"fileSyncStatus", QStringLiteral("parseSigFileSyncStatusChanged")}};
+        QCOMPARE(received, QVariantList());
+        QCOMPARE(log.problems(),
+            QStringList {QStringLiteral("NubixMessageHandler: Unexpected argument type for method ") + parsers[type]});
+        return;
+    }
+    QCOMPARE(received, QVariantList {expected});
+    QVERIFY(log.problems().isEmpty());
+    if (type == "syncRoot")
+        QCOMPARE(method(wire.peer.nextBody()), QStringLiteral("getSyncInfo"));
+}
+
+void TestNubixMessageHandler::notificationFileIdIs32Bit()
+{
+    // Notifications read the id narrower than answers do; the answer keeps it whole.
+    QSignalSpy spy(&wire.handler, &NubixMessageHandler::sigFileSyncStatusChanged);
+    wire.handler.handleMessage(
+        QString::fromUtf8(notification("fileSyncStatus", R"({"path":"/big","fileid":3000000000,"plan_status":3})")));
+    QCOMPARE(spy.count(), 1);
+    const FileData data = spy.at(0).at(0).value<FileData>();
+    QCOMPARE(data.path, QStringLiteral("/big"));
+    QCOMPARE(data.planStatus, 3);
+    QVERIFY(data.fileId != Q_INT64_C(3000000000));
+}
+
+void TestNubixMessageHandler::syncRootAsksForSyncInfoFirst()
+{
+    MessageLog log;
+    int requestsBeforeSignal = -1;
+    QObject context;
+    connect(&wire.handler, &NubixMessageHandler::sigSyncRootChanged, &context, [&](const QString &) {
+        requestsBeforeSignal = log.lines(QtDebugMsg).count(QStringLiteral("NubixMessageHandler: Requesting sync info"));
+    });
+    // Through the socket, as the client sends it.
+    wire.peer.send(notification("syncRoot", "\"/srv/kelo\""));
+    QTRY_COMPARE(requestsBeforeSignal, 1);
+    const QJsonObject body = wire.peer.nextBody();
+    QCOMPARE(method(body), QStringLiteral("getSyncInfo"));
+    QCOMPARE(body.value(QStringLiteral("data")).toObject(), QJsonObject());
+}
+
+void TestNubixMessageHandler::parsesAnswers_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("data");
+    // The record as a map, or the list of file records; invalid: no parser.
+    QTest::addColumn<QVariant>("expected");
+
+    const QByteArray user("getUserInfo");
+    const QByteArray account = R"({"uid":"u1","phone":"+1 555","nickname":"Ann","email":"ann@example.com",
+                                   "avatarLink":"https://example.com/a.png","bookType":3,"isAdmin":true})";
+    const QByteArray storage = R"({"free":1,"used":6442450944,"total":10737418240,"relative":-5,"quota":-3})";
+    QTest::newRow("user info") << user
+                               << QByteArray(
+                                      R"({"code":0,"result":{"account":)" + account + R"(,"storage":)" + storage + "}}")
+                               << QVariant(defaultsWith<UserInfo>(R"({"account":)" + account + "," + storage.mid(1)));
+    QTest::newRow("user info, failure code still read")
+        << user << QByteArray(R"({"code":1,"result":{"account":{"uid":"u2"}}})")
+        << QVariant(defaultsWith<UserInfo>(R"({"account":{"uid":"u2"}})"));
+    QTest::newRow("user info, no result") << user << QByteArray(R"({"code":0})") << QVariant(toMap(UserInfo()));
+    QTest::newRow("user info, result of the wrong kind")
+        << user << QByteArray(R"({"result":[1,2]})") << QVariant(toMap(UserInfo()));
+
+    const QByteArray sync("getSyncInfo");
+    // Each field has the name of its key.
+    const QByteArray summary = R"({"syncInited":true,"syncRoot":"/home/u/Kelo","banDirs":["/x"],"isPublicCloud":true,
+        "syncQuantity":{"todo":1,"doing":2,"done":3,"error":4},
+        "syncErrors":{"isPaused":true,"isOnline":true,"isLocalPathExist":true}})";
+    QTest::newRow("sync info") << sync << QByteArray(R"({"code":0,"result":)" + summary + "}")
+                               << QVariant(defaultsWith<SyncInfo>(summary));
+    QTest::newRow("sync info, not set up")
+        << sync << QByteArray(R"({"code":0,"result":{"syncInited":false}})") << QVariant(toMap(SyncInfo()));
+    QTest::newRow("sync info, no result") << sync << QByteArray("{}") << QVariant(toMap(SyncInfo()));
+    QTest::newRow("sync info, nested objects of the wrong kind")
+        << sync << QByteArray(R"({"result":{"syncRoot":"/r","syncQuantity":5,"syncErrors":"x"}})")
+        << QVariant(defaultsWith<SyncInfo>(R"({"syncRoot":"/r"})"));
+
+    const QByteArray files("getFileStatus");
+    QTest::newRow("file status in order, 64-bit ids kept")
+        << files << QByteArray(R"({"code":0,"result":[
+            {"fileid":3000000000,"isDir":true,"path":"/b","plan":"","plan_error":0,"plan_status":3},
+            {"fileid":9007199254740993,"isDir":false,"path":"/a","plan":"download","plan_error":7,"plan_status":10}]})")
+        << QVariant(
+               QVariantList {defaultsWith<FileData>(R"({"fileId":3000000000,"isDir":true,"path":"/b","planStatus":3})"),
+                   defaultsWith<FileData>(
+                       R"({"fileId":9007199254740993,"path":"/a","plan":"download","planError":7,"planStatus":10})")});
+    // Values of another kind convert as variants do.
+    QVariantMap converted = toMap(FileData());
+    converted.insert(QStringLiteral("fileId"), QVariant(12.7).toLongLong());
+    converted.insert(QStringLiteral("isDir"), QVariant(QStringLiteral("true")).toBool());
+    converted.insert(QStringLiteral("path"), QVariant(Q_INT64_C(42)).toString());
+    converted.insert(QStringLiteral("plan"), QVariant(true).toString());
+    converted.insert(QStringLiteral("planError"), QVariant(Q_INT64_C(4294967297)).toInt());
+    converted.insert(QStringLiteral("planStatus"), QVariant(QStringLiteral("3")).toInt());
+    QTest::newRow("file status, values of other kinds")
+        << files << QByteArray(R"({"result":[{"fileid":12.7,"isDir":"true","path":42,"plan":true,
+                                     "plan_error":4294967297,"plan_status":"3"}]})")
+        << QVariant(QVariantList {converted});
+    QTest::newRow("file status, nulls") << files << QByteArray(R"({"result":[{"fileid":null,"isDir":null,"path":null,
+                                                        "plan":null,"plan_error":null,"plan_status":null}]})")
+                                        << QVariant(QVariantList {toMap(FileData())});
+    QTest::newRow("file status, result is an object")
+        << files << QByteArray(R"({"result":{"path":"/x"}})") << QVariant(QVariantList());
+    QTest::newRow("file status, empty list")
+        << files << QByteArray(R"({"code":0,"result":[]})") << QVariant(QVariantList());
+    QTest::newRow("file status, no result") << files << QByteArray(R"({"code":2})") << QVariant(QVariantList());
+    QTest::newRow("file status, element of the wrong kind")
+        << files << QByteArray(R"({"result":["junk",{"path":"/c"}]})")
+        << QVariant(QVariantList {toMap(FileData()), defaultsWith<FileData>(R"({"path":"/c"})")});
+
+    // Answers to the sync controls and to navigation are only logged.
+    QTest::newRow("pause") << QByteArray("setSyncPause") << QByteArray(R"({"code":0})") << QVariant();
+    QTest::newRow("navigate") << QByteArray("navigate") << QByteArray(R"({"code":0})") << QVariant();
+}
+
+void TestNubixMessageHandler::parsesAnswers()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, data);
+    QFETCH(QVariant, expected);
+
+    QStringList keys;
+    QVariantList received;
+    const auto keep = [&](const QString &key, const QVariant &value) {
+        keys.append(key);
+        received.append(value);
+    };
+    NubixMessageHandler &h = wire.handler;
+    QObject context;
+    connect(&h, &NubixMessageHandler::sigResponseUserInfo, &context,
+        [&](const QString &key, const UserInfo &info) { keep(key, toMap(info)); });
+    connect(&h, &NubixMessageHandler::sigResponseSyncInfo, &context,
+        [&](const QString &key, const SyncInfo &info) { keep(key, toMap(info)); });
+    connect(&h, &NubixMessageHandler::sigResponseFileStatus, &context,
+        [&](const QString &key, const QList<FileData> &list) {
+            QVariantList maps;
+            for (const FileData &file : list)
+                maps.append(toMap(file));
+            keep(key, maps);
+        });
+
+    MessageLog log;
+    const QByteArray key = "{" + QByteArray(QTest::currentDataTag());
+    h.handleMessage(QString::fromUtf8(response(method, key, data)));
+    if (!expected.isValid()) {
+        QCOMPARE(received, QVariantList());
+        QCOMPARE(log.problems(),
+            QStringList {
+                QStringLiteral("NubixMessageHandler: Unsupported method: \"%1\"").arg(QString::fromUtf8(method))});
+        return;
+    }
+    QCOMPARE(keys, QStringList {QString::fromUtf8(key)});
+    // Parsed records are always confirmed by the client.
+    QCOMPARE(received, QVariantList {expected});
+    QVERIFY(log.problems().isEmpty());
+}
+
+void TestNubixMessageHandler::recordsTravelQueued()
+{
+    // Receivers in other threads get the records through queued connections.
+    QThread thread;
+    QObject receiver;
+    receiver.moveToThread(&thread);
+    thread.start();
+    QList<FileData> received;
+    QString root;
+    connect(
+        &wire.handler, &NubixMessageHandler::sigResponseFileStatus, &receiver,
+        [&](const QString &, const QList<FileData> &list) { received = list; }, Qt::QueuedConnection);
+    connect(
+        &wire.handler, &NubixMessageHandler::sigResponseSyncInfo, &receiver,
+        [&](const QString &, const SyncInfo &info) { root = info.syncRoot; }, Qt::QueuedConnection);
+
+    MessageLog log;
+    wire.handler.handleMessage(QString::fromUtf8(response("getFileStatus", "{k5", "{\"result\":[{\"path\":\"/q\"}]}")));
+    wire.handler.handleMessage(QString::fromUtf8(response("getSyncInfo", "{k6", "{\"result\":{\"syncRoot\":\"/r\"}}")));
+    QTRY_COMPARE(root, QStringLiteral("/r"));
+    thread.quit();
+    thread.wait();
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.first().path, QStringLiteral("/q"));
+    QVERIFY(log.problems().isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestNubixMessageHandler)

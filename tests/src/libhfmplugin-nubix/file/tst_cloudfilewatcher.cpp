@@ -10,11 +10,14 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <functional>
+
 using namespace hfmplugin_nubix;
 
 namespace {
 
-enum class Change { Create, MakeDir, Delete, Chmod, Write, Rename };
+// A change made to the local file (and, for a rename, its new name).
+using Change = std::function<bool(const QString &local, const QString &target)>;
 
 QList<QUrl> urlsOf(const QList<QVariant> &arguments)
 {
@@ -71,46 +74,49 @@ private Q_SLOTS:
     void relaysLocalChanges_data()
     {
         QTest::addColumn<QString>("dir");
-        QTest::addColumn<Change>("change");
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("target");
+        QTest::addColumn<Change>("change");
         QTest::addColumn<QByteArray>("signal");
-        QTest::addColumn<bool>("statusDropped");
 
+        const Change create = [](const QString &local, const QString &) { return QFile(local).open(QFile::WriteOnly); };
+        const Change makeDir = [](const QString &local, const QString &) { return QDir().mkdir(local); };
+        const Change remove = [](const QString &local, const QString &) { return QFile::remove(local); };
+        const Change chmod
+            = [](const QString &local, const QString &) { return QFile::setPermissions(local, QFile::ReadOwner); };
+        const Change write = [](const QString &local, const QString &) {
+            QFile file(local);
+            return file.open(QFile::Append) && file.write("more") == 4;
+        };
+        const Change rename = [](const QString &local, const QString &target) { return QFile::rename(local, target); };
         const QByteArray created = SIGNAL(subfileCreated(QUrl));
         const QByteArray deleted = SIGNAL(fileDeleted(QUrl));
         const QByteArray changed = SIGNAL(fileAttributeChanged(QUrl));
         const QByteArray renamed = SIGNAL(fileRename(QUrl, QUrl));
-        QTest::newRow("new file in the root")
-            << QString() << Change::Create << QStringLiteral("new-1.txt") << QString() << created << false;
-        QTest::newRow("new file in a subfolder") << QStringLiteral("sub") << Change::Create
-                                                 << QStringLiteral("sub/new-2.txt") << QString() << created << false;
-        QTest::newRow("new folder") << QStringLiteral("sub") << Change::MakeDir << QStringLiteral("sub/folder-3")
-                                    << QString() << created << false;
-        QTest::newRow("deleted file") << QString() << Change::Delete << QStringLiteral("old-4.txt") << QString()
-                                      << deleted << true;
+        const QString root;
+        const QString sub = QStringLiteral("sub");
+        QTest::newRow("new file in the root") << root << "new-1.txt" << root << create << created;
+        QTest::newRow("new file in a subfolder") << sub << "sub/new-2.txt" << root << create << created;
+        QTest::newRow("new folder") << sub << "sub/folder-3" << root << makeDir << created;
+        QTest::newRow("deleted file") << root << "old-4.txt" << root << remove << deleted;
         QTest::newRow("deleted file with odd characters")
-            << QString() << Change::Delete << QStringLiteral("\u00e9t\u00e9 #6 100%.txt") << QString() << deleted
-            << true;
-        QTest::newRow("permissions changed")
-            << QString() << Change::Chmod << QStringLiteral("old-7.txt") << QString() << changed << false;
-        QTest::newRow("content written") << QStringLiteral("sub") << Change::Write << QStringLiteral("sub/old-8.txt")
-                                         << QString() << changed << false;
+            << root << "\u00e9t\u00e9 #6 100%.txt" << root << remove << deleted;
+        QTest::newRow("permissions changed") << root << "old-7.txt" << root << chmod << changed;
+        QTest::newRow("content written") << sub << "sub/old-8.txt" << root << write << changed;
         QTest::newRow("renamed in a subfolder")
-            << QStringLiteral("sub") << Change::Rename << QStringLiteral("sub/a #10.txt")
-            << QStringLiteral("sub/b %10.txt") << renamed << false;
+            << sub << "sub/a #10.txt" << QStringLiteral("sub/b %10.txt") << rename << renamed;
     }
     void relaysLocalChanges()
     {
         QFETCH(QString, dir);
-        QFETCH(Change, change);
         QFETCH(QString, file);
         QFETCH(QString, target);
+        QFETCH(Change, change);
         QFETCH(QByteArray, signal);
-        QFETCH(bool, statusDropped);
 
-        const bool exists = change != Change::Create && change != Change::MakeDir;
-        if (exists)
+        // Only a deletion drops the status.
+        const bool statusDropped = signal == SIGNAL(fileDeleted(QUrl));
+        if (signal != SIGNAL(subfileCreated(QUrl)))
             QVERIFY(env.makeFile(file, "old"));
         const QString cloudPath = QLatin1Char('/') + file;
         putStatus(cloudPath);
@@ -128,31 +134,7 @@ private Q_SLOTS:
             statusAtDeletion.append(NubixCaches::instance()->fileData(url.path(QUrl::FullyDecoded)).path);
         });
         QVERIFY(watcher.startWatcher());
-
-        const QString local = env.localPath(file);
-        switch (change) {
-        case Change::Create:
-            QVERIFY(env.makeFile(file));
-            break;
-        case Change::MakeDir:
-            QVERIFY(QDir().mkdir(local));
-            break;
-        case Change::Delete:
-            QVERIFY(QFile::remove(local));
-            break;
-        case Change::Chmod:
-            QVERIFY(QFile::setPermissions(local, QFile::ReadOwner));
-            break;
-        case Change::Write: {
-            QFile f(local);
-            QVERIFY(f.open(QIODevice::Append));
-            f.write("more");
-            break;
-        }
-        case Change::Rename:
-            QVERIFY(QFile::rename(local, env.localPath(target)));
-            break;
-        }
+        QVERIFY(change(env.localPath(file), env.localPath(target)));
 
         QTRY_VERIFY(!expected.isEmpty());
         QList<QUrl> wanted {CloudEnvironment::cloud(file)};

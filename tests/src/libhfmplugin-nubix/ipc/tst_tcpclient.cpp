@@ -38,7 +38,6 @@ class TestTcpClient : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void reportsConnectionAndReconnects();
     void refusedConnectionReportsError();
     void receivesFramedMessages_data();
     void receivesFramedMessages();
@@ -46,29 +45,6 @@ private Q_SLOTS:
     void sendsFramedUtf8();
     void destroysWhileConnected();
 };
-
-void TestTcpClient::reportsConnectionAndReconnects()
-{
-    LocalPeer peer;
-    TcpClient client;
-    QSignalSpy connected(&client, &TcpClient::connected);
-    QSignalSpy disconnected(&client, &TcpClient::disconnected);
-    QSignalSpy received(&client, &TcpClient::messageReceived);
-
-    QVERIFY(connectTo(client, peer));
-    QCOMPARE(connected.count(), 1);
-    QCOMPARE(disconnected.count(), 0);
-    peer.disconnectClient();
-    QTRY_COMPARE(disconnected.count(), 1);
-
-    // The same object serves the next connection.
-    peer.forgetClient();
-    QVERIFY(connectTo(client, peer));
-    QCOMPARE(connected.count(), 2);
-    peer.send("again");
-    QTRY_COMPARE(received.count(), 1);
-    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("again"));
-}
 
 void TestTcpClient::refusedConnectionReportsError()
 {

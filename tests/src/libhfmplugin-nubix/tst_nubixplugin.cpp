@@ -3,6 +3,7 @@
 
 #include "caches/nubixcaches.h"
 
+#include "fakehost.h"
 #include "messagelog.h"
 
 #include <hfmbase/filemanagerwindow.h>
@@ -31,27 +32,6 @@ namespace {
 const char kGateChild[] = "--gate-child";
 const QString kShowLine = QStringLiteral("window showed, try connect to nubix server.");
 const QString kAttemptLine = QStringLiteral("NubixMessageHandler: Attempting to connect...");
-
-// A directory holding a fake host executable that answers "-v" with the given
-// lines (none: prints nothing); `install` false leaves the directory empty.
-class FakeHost
-{
-public:
-    explicit FakeHost(const QByteArray &versionOutput, bool install = true)
-    {
-        if (!install)
-            return;
-        QFile script(dir.filePath(QStringLiteral("hde-file-manager")));
-        script.open(QIODevice::WriteOnly);
-        script.write("#!/bin/sh\n[ \"$1\" = \"-v\" ] || exit 2\nprintf '%s' '" + versionOutput + "'\n");
-        script.close();
-        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-    // The search path with the fake first and the system's tools behind it.
-    QByteArray path() const { return QFile::encodeName(dir.path()) + ":/usr/bin:/bin"; }
-
-    QTemporaryDir dir;
-};
 
 // Runs in a fresh process, since schemes once registered stay registered:
 // initialise and start the plug-in, open two windows, print what happened.

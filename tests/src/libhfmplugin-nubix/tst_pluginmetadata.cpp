@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The built module as the host sees it: metadata read by the SDK's life
 // cycle before any object exists, then loaded and started by it.
+#include "fakehost.h"
+
 #include <hfmbase/urlroute.h>
 #include <hpf/lifecycle.h>
 #include <hpf/listener.h>
@@ -51,7 +53,7 @@ private Q_SLOTS:
 
 private:
     QTemporaryDir pluginDir;
-    QTemporaryDir hostDir;
+    const FakeHost host {"hde-file-manager 6.0.49.25\n"};
     QString pluginFile;
 };
 
@@ -61,12 +63,7 @@ void TestPluginMetadata::initTestCase()
     pluginFile = pluginDir.filePath(QFileInfo(QStringLiteral(NUBIX_PLUGIN_FILE)).fileName());
     QVERIFY(QFile::copy(QStringLiteral(NUBIX_PLUGIN_FILE), pluginFile));
 
-    QFile script(hostDir.filePath(QStringLiteral("hde-file-manager")));
-    QVERIFY(script.open(QIODevice::WriteOnly));
-    script.write("#!/bin/sh\necho 'hde-file-manager 6.0.49.25'\n");
-    script.close();
-    script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("PATH", QFile::encodeName(hostDir.path()) + ":/usr/bin:/bin");
+    qputenv("PATH", host.path());
 }
 
 void TestPluginMetadata::declaresEntryPoints()

@@ -10,9 +10,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QSignalSpy>
 #include <QTest>
@@ -104,13 +101,7 @@ void TestNubixCaches::initTestCase()
 
 void TestNubixCaches::connectingAsksForAccountSummaryAndShownFolders()
 {
-    const QString portFile = NubixMessageHandler::portFilePath();
-    QDir().mkpath(QFileInfo(portFile).absolutePath());
-    QFile file(portFile);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray::number(peer.port()));
-    file.close();
-
+    QVERIFY(writePortFile(QByteArray::number(peer.port())));
     handler->tryConnect();
     QVERIFY(peer.waitForClient());
 

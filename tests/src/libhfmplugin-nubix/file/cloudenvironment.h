@@ -4,6 +4,8 @@
 #include "caches/nubixcaches.h"
 #include "nubixplugin.h"
 
+#include "fakehost.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -23,17 +25,11 @@ public:
     // False when the folders or the fake host cannot be made.
     bool setUp()
     {
-        if (!hostDir.isValid() || !rootDir.isValid())
+        const FakeHost host("hde-file-manager 6.0.49.25\n");
+        if (!host.dir.isValid() || !rootDir.isValid())
             return false;
-        QFile host(hostDir.filePath(QStringLiteral("hde-file-manager")));
-        if (!host.open(QIODevice::WriteOnly))
-            return false;
-        host.write("#!/bin/sh\n[ \"$1\" = \"-v\" ] && echo 'hde-file-manager 6.0.49.25'\n");
-        host.close();
-        host.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-
         const QByteArray oldPath = qgetenv("PATH");
-        qputenv("PATH", QFile::encodeName(hostDir.path()) + ':' + oldPath);
+        qputenv("PATH", host.path());
         plugin.initialize();
         qputenv("PATH", oldPath);
 
@@ -72,7 +68,6 @@ public:
     }
 
 private:
-    QTemporaryDir hostDir;
     QTemporaryDir rootDir;
     hfmplugin_nubix::NubixPlugin plugin;
 };

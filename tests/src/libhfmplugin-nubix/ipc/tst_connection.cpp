@@ -3,13 +3,10 @@
 #include "ipc/tcpclient.h"
 #include "nubixglobal.h"
 
-#include "localpeer.h"
 #include "messagelog.h"
+#include "wire.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -29,15 +26,6 @@ const QString kStillRunning
     = QStringLiteral("NubixMessageHandler: Server process running, retrying connection in 3 seconds");
 const QString kNotRunning
     = QStringLiteral("NubixMessageHandler: Server process not running, stopping reconnection attempts");
-
-void writePortFile(const QByteArray &content)
-{
-    const QString path = NubixMessageHandler::portFilePath();
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(content);
-}
 
 // A localhost port on which nobody listens.
 quint16 closedPort()
@@ -125,7 +113,7 @@ void TestConnection::readsPortFile()
 
     LocalPeer peer;
     if (exists)
-        writePortFile(QString::fromLatin1(content).arg(peer.port()).toLatin1());
+        QVERIFY(writePortFile(QString::fromLatin1(content).arg(peer.port()).toLatin1()));
     for (QString &line : criticals)
         line = line.arg(NubixMessageHandler::portFilePath());
 
@@ -159,7 +147,7 @@ void TestConnection::readsPortFile()
 void TestConnection::alreadyConnectedDoesNothing()
 {
     LocalPeer peer;
-    writePortFile(QByteArray::number(peer.port()));
+    QVERIFY(writePortFile(QByteArray::number(peer.port())));
     NubixMessageHandler handler;
     handler.tryConnect();
     QVERIFY(peer.waitForClient());
@@ -176,7 +164,7 @@ void TestConnection::retriesRefusedConnectionWhileClientRuns()
 {
     const quint16 port = closedPort();
     QVERIFY(port != 0);
-    writePortFile(QByteArray::number(port) + '\n');
+    QVERIFY(writePortFile(QByteArray::number(port) + '\n'));
     FakeClientProcess client;
 
     NubixMessageHandler handler;
@@ -218,7 +206,7 @@ void TestConnection::stopsAfterRefusalWithoutClient()
 {
     const quint16 port = closedPort();
     QVERIFY(port != 0);
-    writePortFile(QByteArray::number(port));
+    QVERIFY(writePortFile(QByteArray::number(port)));
 
     NubixMessageHandler handler;
     QSignalSpy errors(handler.client(), &TcpClient::errorOccured);
@@ -236,7 +224,7 @@ void TestConnection::stopsAfterRefusalWithoutClient()
 void TestConnection::closedConnectionIsNotRetried()
 {
     LocalPeer peer;
-    writePortFile(QByteArray::number(peer.port()));
+    QVERIFY(writePortFile(QByteArray::number(peer.port())));
     NubixMessageHandler handler;
     QSignalSpy disconnected(&handler, &NubixMessageHandler::sigDisconnected);
     handler.tryConnect();

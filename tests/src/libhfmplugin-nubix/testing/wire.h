@@ -6,6 +6,9 @@
 
 #include "localpeer.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSignalSpy>
 
 // A notification as the sync client writes it, without the delimiter.
@@ -19,6 +22,15 @@ inline QByteArray notification(const QByteArray &type, const QByteArray &argsJso
 inline QByteArray response(const QByteArray &method, const QByteArray &key, const QByteArray &dataJson)
 {
     return R"({"type":"pong","data":{"method":")" + method + R"(","key":")" + key + R"(","data":)" + dataJson + "}}";
+}
+
+// Puts the client's port file in place, as the client writes it.
+inline bool writePortFile(const QByteArray &content)
+{
+    const QString path = hfmplugin_nubix::NubixMessageHandler::portFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size();
 }
 
 // A message handler of its own, connected to a peer on 127.0.0.1 that plays

@@ -5,6 +5,7 @@
 // without losing or overwriting anything.
 #include "core/fileoperations.h"
 #include "core/operationlog.h"
+#include "filetestutils.h"
 
 #include <hfmbase/abstractjobhandler.h>
 #include <hfmbase/globaleventtype.h>
@@ -22,16 +23,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace filetest;
 using hfmbase::AbstractJobHandler;
 using Key = hfmbase::AbstractJobHandler::JobCallbackKey;
 
 namespace {
-
-// "a|b|c" as a list; the data tables stay readable without QStringLiteral noise.
-QStringList words(const char *text)
-{
-    return QString::fromUtf8(text).split(QLatin1Char('|'));
-}
 
 QString gRoot;
 
@@ -67,20 +63,6 @@ public:
 
 const auto kNoFlags = AbstractJobHandler::JobFlags(AbstractJobHandler::JobFlag::kNoHint);
 
-void writeFile(const QString &path, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(data);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
 QList<QUrl> urlsOf(const QVariant &value)
 {
     return value.value<QList<QUrl>>();
@@ -112,8 +94,18 @@ private Q_SLOTS:
 
 private:
     QString path(const QString &relative) const { return QDir(tmp->path()).filePath(relative); }
+    QString path(const char *relative) const { return path(QString::fromUtf8(relative)); }
     QUrl fileUrl(const QString &relative) const { return QUrl::fromLocalFile(path(relative)); }
+    QUrl fileUrl(const char *relative) const { return fileUrl(QString::fromUtf8(relative)); }
     QUrl url(const QString &text) const { return text.contains(QLatin1String(":/")) ? QUrl(text) : fileUrl(text); }
+    QUrl url(const char *text) const { return url(QString::fromUtf8(text)); }
+    QList<QUrl> urls(const QStringList &texts) const
+    {
+        QList<QUrl> list;
+        for (const QString &text : texts)
+            list.append(url(text));
+        return list;
+    }
     // The argument lists of the result events published since init().
     QList<QVariantList> results(int event) const { return published.values(event); }
     QVariantList lastResult(int event) const { return results(event).value(0); }
@@ -150,9 +142,9 @@ void FileOperationsTest::init()
     QVERIFY(tmp->isValid());
     gRoot = tmp->path();
     // The trash must be the one of a home on the same file system.
-    qputenv("HOME", path(QStringLiteral("home")).toUtf8());
-    qputenv("XDG_DATA_HOME", path(QStringLiteral("home/.local/share")).toUtf8());
-    QDir().mkpath(path(QStringLiteral("home/.local/share")));
+    qputenv("HOME", path("home").toUtf8());
+    qputenv("XDG_DATA_HOME", path("home/.local/share").toUtf8());
+    QDir().mkpath(path("home/.local/share"));
     published.clear();
     log.clear();
     htk::MessageDialog::clearRecordedDialogs();
@@ -181,7 +173,7 @@ void FileOperationsTest::makeDirectory()
     QFETCH(QString, target);
     QFETCH(bool, ok);
     QFETCH(QString, created);
-    writeFile(path(QStringLiteral("exists.txt")), "keep");
+    writeFile(path("exists.txt"), "keep");
     hfmbase::CallbackArgus callbackArgs;
     const hfmbase::OperatorCallback done = [&callbackArgs](hfmbase::CallbackArgus args) { callbackArgs = args; };
 
@@ -200,44 +192,37 @@ void FileOperationsTest::makeDirectory()
     QCOMPARE(urlsOf(callbackArgs->value(Key::kTargetUrlsKey)), expected);
     if (ok)
         QVERIFY(QFileInfo(path(created)).isDir());
-    QCOMPARE(readFile(path(QStringLiteral("exists.txt"))), QByteArray("keep"));
+    QCOMPARE(readFile(path("exists.txt")), QByteArray("keep"));
     QCOMPARE(htk::MessageDialog::recordedDialogs().size(), ok ? 0 : 1);
 }
 
 void FileOperationsTest::createFile_data()
 {
     QTest::addColumn<QString>("folder");
-    QTest::addColumn<QVariant>("kind");
+    QTest::addColumn<bool>("fromTemplate");
     QTest::addColumn<QString>("suffix");
     QTest::addColumn<QStringList>("existing");
     QTest::addColumn<QString>("created");
-    QTest::addColumn<QByteArray>("content");
 
-    QTest::newRow("text document") << "" << QVariant(0u) << "txt" << QStringList() << "New Document.txt"
-                                   << QByteArray();
-    QTest::newRow("name taken") << "" << QVariant(0u) << "txt" << QStringList {QStringLiteral("New Document.txt")}
-                                << "New Document (1).txt" << QByteArray();
-    QTest::newRow("no suffix") << "" << QVariant(0u) << "" << QStringList() << "New Document" << QByteArray();
-    QTest::newRow("from a template") << "" << QVariant(QUrl(QStringLiteral("TEMPLATE"))) << "" << QStringList()
-                                     << "report.odt" << QByteArray("template body");
-    QTest::newRow("in a redirected folder")
-        << "redir:///sub" << QVariant(0u) << "md" << QStringList() << "sub/New Document.md" << QByteArray();
+    QTest::newRow("text document") << "" << false << "txt" << words("") << "New Document.txt";
+    QTest::newRow("name taken") << "" << false << "txt" << words("New Document.txt") << "New Document (1).txt";
+    QTest::newRow("no suffix") << "" << false << "" << words("") << "New Document";
+    QTest::newRow("from a template") << "" << true << "" << words("") << "report.odt";
+    QTest::newRow("in a redirected folder") << "redir:///sub" << false << "md" << words("") << "sub/New Document.md";
 }
 
 void FileOperationsTest::createFile()
 {
     QFETCH(QString, folder);
-    QFETCH(QVariant, kind);
+    QFETCH(bool, fromTemplate);
     QFETCH(QString, suffix);
     QFETCH(QStringList, existing);
     QFETCH(QString, created);
-    QFETCH(QByteArray, content);
-    QDir().mkpath(path(QStringLiteral("sub")));
-    writeFile(path(QStringLiteral("templates/report.odt")), "template body");
+    QDir().mkpath(path("sub"));
+    writeFile(path("templates/report.odt"), "template body");
     for (const QString &name : existing)
         writeFile(path(name), "old");
-    if (kind.toUrl().toString() == QLatin1String("TEMPLATE"))
-        kind = fileUrl(QStringLiteral("templates/report.odt"));
+    const QVariant kind = fromTemplate ? QVariant(fileUrl("templates/report.odt")) : QVariant(0u);
     const QUrl dir = folder.isEmpty() ? fileUrl(QString()) : QUrl(folder);
     hfmbase::CallbackArgus callbackArgs;
     const hfmbase::OperatorCallback done = [&callbackArgs](hfmbase::CallbackArgus args) { callbackArgs = args; };
@@ -249,7 +234,7 @@ void FileOperationsTest::createFile()
     QCOMPARE(urlsOf(lastResult(hfmbase::kTouchFileResult).value(1)), QList<QUrl> {fileUrl(created)});
     QVERIFY(callbackArgs);
     QCOMPARE(urlsOf(callbackArgs->value(Key::kTargetUrlsKey)), QList<QUrl> {fileUrl(created)});
-    QCOMPARE(readFile(path(created)), content);
+    QCOMPARE(readFile(path(created)), fromTemplate ? QByteArray("template body") : QByteArray());
     for (const QString &name : existing)
         QCOMPARE(readFile(path(name)), QByteArray("old"));
 }
@@ -262,22 +247,19 @@ void FileOperationsTest::copyAndCut_data()
     QTest::addColumn<QStringList>("arrived");
     QTest::addColumn<bool>("ok");
 
-    const QStringList two {QStringLiteral("src/a.txt"), QStringLiteral("src/folder")};
-    QTest::newRow("copy") << false << two << "dst" << words("dst/a (1).txt|dst/folder") << true;
-    QTest::newRow("cut") << true << two << "dst" << words("dst/a (1).txt|dst/folder") << true;
-    QTest::newRow("copy from a redirected scheme") << false << QStringList {QStringLiteral("redir:///src/a.txt")}
-                                                   << "redir:///dst" << words("dst/a (1).txt") << true;
+    // clang-format off
+    QTest::newRow("copy") << false << words("src/a.txt|src/folder") << "dst" << words("dst/a (1).txt|dst/folder") << true;
+    QTest::newRow("cut") << true << words("src/a.txt|src/folder") << "dst" << words("dst/a (1).txt|dst/folder") << true;
+    QTest::newRow("copy from a redirected scheme")
+        << false << words("redir:///src/a.txt") << "redir:///dst" << words("dst/a (1).txt") << true;
     QTest::newRow("cut from a redirected scheme")
-        << true << QStringList {QStringLiteral("redir:///src/a.txt")} << "dst" << words("dst/a (1).txt") << true;
-    QTest::newRow("copy next to itself") << false << QStringList {QStringLiteral("src/a.txt")} << "src"
-                                         << words("src/a (1).txt") << true;
+        << true << words("redir:///src/a.txt") << "dst" << words("dst/a (1).txt") << true;
+    QTest::newRow("copy next to itself") << false << words("src/a.txt") << "src" << words("src/a (1).txt") << true;
     QTest::newRow("a source that is not local still lets the others go")
-        << false << QStringList {QStringLiteral("sealed:///x"), QStringLiteral("src/a.txt")} << "dst"
-        << words("dst/a (1).txt") << false;
-    QTest::newRow("missing source") << true << QStringList {QStringLiteral("src/missing.txt")} << "dst" << QStringList()
-                                    << false;
-    QTest::newRow("target is not local") << false << QStringList {QStringLiteral("src/a.txt")} << "sealed:///dst"
-                                         << QStringList() << false;
+        << false << words("sealed:///x|src/a.txt") << "dst" << words("dst/a (1).txt") << false;
+    QTest::newRow("missing source") << true << words("src/missing.txt") << "dst" << words("") << false;
+    QTest::newRow("target is not local") << false << words("src/a.txt") << "sealed:///dst" << words("") << false;
+    // clang-format on
 }
 
 void FileOperationsTest::copyAndCut()
@@ -287,12 +269,10 @@ void FileOperationsTest::copyAndCut()
     QFETCH(QString, target);
     QFETCH(QStringList, arrived);
     QFETCH(bool, ok);
-    writeFile(path(QStringLiteral("src/a.txt")), "source a");
-    writeFile(path(QStringLiteral("src/folder/inner.txt")), "inner");
-    writeFile(path(QStringLiteral("dst/a.txt")), "already in dst");
-    QList<QUrl> sourceUrls;
-    for (const QString &source : sources)
-        sourceUrls.append(url(source));
+    writeFile(path("src/a.txt"), "source a");
+    writeFile(path("src/folder/inner.txt"), "inner");
+    writeFile(path("dst/a.txt"), "already in dst");
+    const QList<QUrl> sourceUrls = urls(sources);
     hfmbase::JobHandlePointer handler;
     const hfmbase::OperatorHandleCallback handle = [&handler](hfmbase::JobHandlePointer h) { handler = h; };
 
@@ -305,9 +285,7 @@ void FileOperationsTest::copyAndCut()
     const int event = move ? hfmbase::kCutFileResult : hfmbase::kCopyResult;
     QCOMPARE(results(event).size(), 1);
     const QVariantList result = lastResult(event);
-    QList<QUrl> arrivedUrls;
-    for (const QString &name : arrived)
-        arrivedUrls.append(fileUrl(name));
+    const QList<QUrl> arrivedUrls = urls(arrived);
     QCOMPARE(urlsOf(result.value(0)), sourceUrls);
     QCOMPARE(urlsOf(result.value(1)), arrivedUrls);
     QCOMPARE(result.value(2).toBool(), ok);
@@ -315,16 +293,16 @@ void FileOperationsTest::copyAndCut()
     QCOMPARE(handler->isSuccess(), ok);
     QCOMPARE(handler->targetUrls(), arrivedUrls);
     // Nothing was overwritten; what a cut moved is gone from its place.
-    QCOMPARE(readFile(path(QStringLiteral("dst/a.txt"))), QByteArray("already in dst"));
+    QCOMPARE(readFile(path("dst/a.txt")), QByteArray("already in dst"));
     for (const QString &name : arrived) {
         QVERIFY(QFileInfo::exists(path(name)));
         if (name.endsWith(QLatin1String(".txt")))
             QCOMPARE(readFile(path(name)), QByteArray("source a"));
     }
     if (ok && move)
-        QVERIFY(!QFileInfo::exists(path(QStringLiteral("src/a.txt"))));
+        QVERIFY(!QFileInfo::exists(path("src/a.txt")));
     else
-        QCOMPARE(readFile(path(QStringLiteral("src/a.txt"))), QByteArray("source a"));
+        QCOMPARE(readFile(path("src/a.txt")), QByteArray("source a"));
     QCOMPARE(htk::MessageDialog::recordedDialogs().size(), ok ? 0 : 1);
 }
 
@@ -349,16 +327,13 @@ void FileOperationsTest::deleteAndTrash()
     QFETCH(QStringList, victims);
     QFETCH(bool, ok);
     QFETCH(QStringList, gone);
-    writeFile(path(QStringLiteral("a.txt")), "a");
-    writeFile(path(QStringLiteral("folder/inner.txt")), "inner");
-    writeFile(path(QStringLiteral("bystander.txt")), "stays");
-    QList<QUrl> urls;
-    for (const QString &victim : victims)
-        urls.append(url(victim));
+    writeFile(path("a.txt"), "a");
+    writeFile(path("folder/inner.txt"), "inner");
+    writeFile(path("bystander.txt"), "stays");
     hfmbase::JobHandlePointer handler;
 
-    hpf::dispatcher()->publish(trash ? hfmbase::kMoveToTrash : hfmbase::kDeleteFiles, quint64(2), urls, kNoFlags,
-        hfmbase::OperatorHandleCallback([&handler](hfmbase::JobHandlePointer h) { handler = h; }));
+    hpf::dispatcher()->publish(trash ? hfmbase::kMoveToTrash : hfmbase::kDeleteFiles, quint64(2), urls(victims),
+        kNoFlags, hfmbase::OperatorHandleCallback([&handler](hfmbase::JobHandlePointer h) { handler = h; }));
     QVERIFY(handler);
     QTRY_VERIFY(handler->isFinished());
 
@@ -368,12 +343,12 @@ void FileOperationsTest::deleteAndTrash()
     QCOMPARE(handler->isSuccess(), ok);
     for (const QString &name : gone)
         QVERIFY2(!QFileInfo::exists(path(name)), qPrintable(name));
-    QCOMPARE(readFile(path(QStringLiteral("bystander.txt"))), QByteArray("stays"));
+    QCOMPARE(readFile(path("bystander.txt")), QByteArray("stays"));
     if (!trash)
         return;
     // Trashed items sit in the freedesktop trash of XDG_DATA_HOME, with
     // their info files, and the result names them there.
-    const QString trashDir = path(QStringLiteral("home/.local/share/Trash"));
+    const QString trashDir = path("home/.local/share/Trash");
     QList<QUrl> inTrash;
     for (const QString &name : gone) {
         QVERIFY(QFileInfo::exists(trashDir + QStringLiteral("/files/") + name));
@@ -392,18 +367,14 @@ void FileOperationsTest::rename_data()
     QTest::addColumn<bool>("ok");
     QTest::addColumn<QString>("errorPart");
 
-    QTest::newRow("free name") << "a.txt"
-                               << "b.txt" << true << "";
-    QTest::newRow("folder") << "folder"
-                            << "renamed folder" << true << "";
-    QTest::newRow("name taken") << "a.txt"
-                                << "taken.txt" << false << "already exists";
-    QTest::newRow("same name") << "a.txt"
-                               << "a.txt" << false << "unchanged";
-    QTest::newRow("missing source") << "missing.txt"
-                                    << "b.txt" << false << "does not exist";
-    QTest::newRow("through a redirected scheme") << "redir:///a.txt"
-                                                 << "redir:///b.txt" << true << "";
+    // clang-format off
+    QTest::newRow("free name") << "a.txt" << "b.txt" << true << "";
+    QTest::newRow("folder") << "folder" << "renamed folder" << true << "";
+    QTest::newRow("name taken") << "a.txt" << "taken.txt" << false << "already exists";
+    QTest::newRow("same name") << "a.txt" << "a.txt" << false << "unchanged";
+    QTest::newRow("missing source") << "missing.txt" << "b.txt" << false << "does not exist";
+    QTest::newRow("through a redirected scheme") << "redir:///a.txt" << "redir:///b.txt" << true << "";
+    // clang-format on
 }
 
 void FileOperationsTest::rename()
@@ -412,9 +383,9 @@ void FileOperationsTest::rename()
     QFETCH(QString, to);
     QFETCH(bool, ok);
     QFETCH(QString, errorPart);
-    writeFile(path(QStringLiteral("a.txt")), "a");
-    writeFile(path(QStringLiteral("taken.txt")), "taken");
-    writeFile(path(QStringLiteral("folder/inner.txt")), "inner");
+    writeFile(path("a.txt"), "a");
+    writeFile(path("taken.txt"), "taken");
+    writeFile(path("folder/inner.txt"), "inner");
 
     hpf::dispatcher()->publish(hfmbase::kRenameFile, quint64(4), url(from), url(to));
 
@@ -424,102 +395,94 @@ void FileOperationsTest::rename()
     QCOMPARE(renamed.keys(), QList<QUrl> {url(from)});
     QCOMPARE(result.value(2).toBool(), ok);
     QVERIFY2(result.value(3).toString().contains(errorPart), qPrintable(result.value(3).toString()));
-    QCOMPARE(readFile(path(QStringLiteral("taken.txt"))), QByteArray("taken"));
+    QCOMPARE(readFile(path("taken.txt")), QByteArray("taken"));
     if (ok) {
         const QString newName = QUrl(url(to)).fileName();
         QCOMPARE(renamed.value(url(from)), fileUrl(newName));
         QVERIFY(QFileInfo::exists(path(newName)));
         QVERIFY(!QFileInfo::exists(path(QUrl(url(from)).fileName())));
     } else if (from == QLatin1String("a.txt")) {
-        QCOMPARE(readFile(path(QStringLiteral("a.txt"))), QByteArray("a"));
+        QCOMPARE(readFile(path("a.txt")), QByteArray("a"));
     }
 }
 
 void FileOperationsTest::linksPermissionsAndHiding()
 {
-    writeFile(path(QStringLiteral("a.txt")), "a");
-    writeFile(path(QStringLiteral("b.txt")), "b");
-    writeFile(path(QStringLiteral("occupied")), "do not replace");
+    writeFile(path("a.txt"), "a");
+    writeFile(path("b.txt"), "b");
+    writeFile(path("occupied"), "do not replace");
     auto *d = hpf::dispatcher();
 
-    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl(QStringLiteral("a.txt")), fileUrl(QStringLiteral("link")),
-        false, false);
-    QCOMPARE(QFileInfo(path(QStringLiteral("link"))).symLinkTarget(), path(QStringLiteral("a.txt")));
+    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl("a.txt"), fileUrl("link"), false, false);
+    QCOMPARE(QFileInfo(path("link")).symLinkTarget(), path("a.txt"));
     // An existing link is replaced only when forced; a file never.
-    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl(QStringLiteral("b.txt")), fileUrl(QStringLiteral("link")),
-        false, true);
-    QCOMPARE(QFileInfo(path(QStringLiteral("link"))).symLinkTarget(), path(QStringLiteral("a.txt")));
-    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl(QStringLiteral("b.txt")), fileUrl(QStringLiteral("link")),
-        true, true);
-    QCOMPARE(QFileInfo(path(QStringLiteral("link"))).symLinkTarget(), path(QStringLiteral("b.txt")));
-    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl(QStringLiteral("b.txt")),
-        fileUrl(QStringLiteral("occupied")), true, false);
-    QCOMPARE(readFile(path(QStringLiteral("occupied"))), QByteArray("do not replace"));
+    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl("b.txt"), fileUrl("link"), false, true);
+    QCOMPARE(QFileInfo(path("link")).symLinkTarget(), path("a.txt"));
+    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl("b.txt"), fileUrl("link"), true, true);
+    QCOMPARE(QFileInfo(path("link")).symLinkTarget(), path("b.txt"));
+    d->publish(hfmbase::kCreateSymlink, quint64(1), fileUrl("b.txt"), fileUrl("occupied"), true, false);
+    QCOMPARE(readFile(path("occupied")), QByteArray("do not replace"));
     QCOMPARE(htk::MessageDialog::recordedDialogs().size(), 1);
 
     const QFileDevice::Permissions readOnly = QFileDevice::ReadOwner | QFileDevice::ReadUser;
-    d->publish(hfmbase::kSetPermission, quint64(1), QUrl(QStringLiteral("redir:///a.txt")), readOnly);
+    d->publish(hfmbase::kSetPermission, quint64(1), url("redir:///a.txt"), readOnly);
     // Owner, group and other bits; the "user" ones say what the running user may do.
-    QCOMPARE(QFileInfo(path(QStringLiteral("a.txt"))).permissions() & 0x7077, readOnly & 0x7077);
+    QCOMPARE(QFileInfo(path("a.txt")).permissions() & 0x7077, readOnly & 0x7077);
 
-    d->publish(hfmbase::kHideFiles, quint64(1), QList<QUrl> {fileUrl(QStringLiteral("a.txt"))});
-    d->publish(hfmbase::kHideFiles, quint64(1),
-        QList<QUrl> {fileUrl(QStringLiteral("b.txt")), QUrl(QStringLiteral("redir:///a.txt"))});
-    QCOMPARE(readFile(path(QStringLiteral(".hidden"))), QByteArray("a.txt\nb.txt\n"));
+    d->publish(hfmbase::kHideFiles, quint64(1), QList<QUrl> {fileUrl("a.txt")});
+    d->publish(hfmbase::kHideFiles, quint64(1), QList<QUrl> {fileUrl("b.txt"), url("redir:///a.txt")});
+    QCOMPARE(readFile(path(".hidden")), QByteArray("a.txt\nb.txt\n"));
 }
 
 void FileOperationsTest::clipboardAndPaste()
 {
-    writeFile(path(QStringLiteral("src/a.txt")), "a");
-    QDir().mkpath(path(QStringLiteral("dst")));
+    writeFile(path("src/a.txt"), "a");
+    QDir().mkpath(path("dst"));
     auto *d = hpf::dispatcher();
-    const QList<QUrl> sources {fileUrl(QStringLiteral("src/a.txt"))};
+    const QList<QUrl> sources {fileUrl("src/a.txt")};
 
     d->publish(hfmbase::kWriteUrlsToClipboard, quint64(1), quint8(hfmbase::ClipBoard::kCopyAction), sources);
     QCOMPARE(QGuiApplication::clipboard()->mimeData()->urls(), sources);
-    d->publish(hfmbase::kPasteFiles, quint64(1), fileUrl(QStringLiteral("src")));
+    d->publish(hfmbase::kPasteFiles, quint64(1), fileUrl("src"));
     QTRY_COMPARE(results(hfmbase::kCopyResult).size(), 1);
-    QCOMPARE(readFile(path(QStringLiteral("src/a (1).txt"))), QByteArray("a"));
+    QCOMPARE(readFile(path("src/a (1).txt")), QByteArray("a"));
 
     d->publish(hfmbase::kWriteUrlsToClipboard, quint64(1), quint8(hfmbase::ClipBoard::kCutAction), sources);
-    d->publish(hfmbase::kPasteFiles, quint64(1), fileUrl(QStringLiteral("dst")));
+    d->publish(hfmbase::kPasteFiles, quint64(1), fileUrl("dst"));
     QTRY_COMPARE(results(hfmbase::kCutFileResult).size(), 1);
-    QCOMPARE(readFile(path(QStringLiteral("dst/a.txt"))), QByteArray("a"));
-    QVERIFY(!QFileInfo::exists(path(QStringLiteral("src/a.txt"))));
+    QCOMPARE(readFile(path("dst/a.txt")), QByteArray("a"));
+    QVERIFY(!QFileInfo::exists(path("src/a.txt")));
     // What was cut is pasted once.
-    d->publish(hfmbase::kPasteFiles, quint64(1), fileUrl(QStringLiteral("src")));
+    d->publish(hfmbase::kPasteFiles, quint64(1), fileUrl("src"));
     QTRY_COMPARE(operations->runningJobs(), 0);
     QCOMPARE(results(hfmbase::kCutFileResult).size() + results(hfmbase::kCopyResult).size(), 2);
 
     // An unknown clipboard action changes nothing.
-    d->publish(hfmbase::kWriteUrlsToClipboard, quint64(1), quint8(9), QList<QUrl> {fileUrl(QStringLiteral("dst"))});
+    d->publish(hfmbase::kWriteUrlsToClipboard, quint64(1), quint8(9), QList<QUrl> {fileUrl("dst")});
     QVERIFY(!QGuiApplication::clipboard()->mimeData() || !QGuiApplication::clipboard()->mimeData()->hasUrls());
 }
 
 void FileOperationsTest::openAndTerminalAreRecorded()
 {
-    writeFile(path(QStringLiteral("doc.txt")), "doc");
+    writeFile(path("doc.txt"), "doc");
     auto *d = hpf::dispatcher();
-    d->publish(hfmbase::kOpenFiles, quint64(5),
-        QList<QUrl> {fileUrl(QStringLiteral("doc.txt")), QUrl(QStringLiteral("redir:///doc.txt"))});
+    d->publish(hfmbase::kOpenFiles, quint64(5), QList<QUrl> {fileUrl("doc.txt"), url("redir:///doc.txt")});
     const QVariantList opened = log.opened();
     QCOMPARE(opened.size(), 2);
-    QCOMPARE(
-        opened.at(0).toMap().value(QStringLiteral("url")).toString(), fileUrl(QStringLiteral("doc.txt")).toString());
-    QCOMPARE(
-        opened.at(1).toMap().value(QStringLiteral("url")).toString(), fileUrl(QStringLiteral("doc.txt")).toString());
+    QCOMPARE(opened.at(0).toMap().value(QStringLiteral("url")).toString(), fileUrl("doc.txt").toString());
+    QCOMPARE(opened.at(1).toMap().value(QStringLiteral("url")).toString(), fileUrl("doc.txt").toString());
     QCOMPARE(opened.at(1).toMap().value(QStringLiteral("requested")).toString(), QStringLiteral("redir:///doc.txt"));
     QCOMPARE(lastResult(hfmbase::kOpenFilesResult).value(2).toBool(), true);
 
-    d->publish(hfmbase::kOpenFiles, quint64(5), QList<QUrl> {QUrl(QStringLiteral("sealed:///doc.txt"))});
+    d->publish(hfmbase::kOpenFiles, quint64(5), QList<QUrl> {url("sealed:///doc.txt")});
     QCOMPARE(lastResult(hfmbase::kOpenFilesResult).value(2).toBool(), false);
     QCOMPARE(log.opened().size(), 2);
 
-    d->publish(hfmbase::kOpenFilesByApp, quint64(5), QList<QUrl> {fileUrl(QStringLiteral("doc.txt"))},
-        QStringList {QStringLiteral("editor")});
+    d->publish(
+        hfmbase::kOpenFilesByApp, quint64(5), QList<QUrl> {fileUrl("doc.txt")}, QStringList {QStringLiteral("editor")});
     QCOMPARE(log.opened().last().toMap().value(QStringLiteral("app")).toString(), QStringLiteral("editor"));
 
-    d->publish(hfmbase::kOpenInTerminal, quint64(5), QList<QUrl> {fileUrl(QStringLiteral("doc.txt"))});
+    d->publish(hfmbase::kOpenInTerminal, quint64(5), QList<QUrl> {fileUrl("doc.txt")});
     QCOMPARE(log.terminals(), QVariantList {fileUrl(QString()).adjusted(QUrl::StripTrailingSlash).toString()});
 
     // The result events reached the log too.

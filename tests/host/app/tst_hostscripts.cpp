@@ -2,8 +2,9 @@
 // Whole runs of hde-file-manager under the offscreen platform, driven by
 // automation scripts on standard input, with the host's plug-ins and the
 // test plug-in loaded. Checks go through the printed state (JSON lines).
-#include <QDir>
-#include <QFile>
+#include "filetestutils.h"
+#include "statetestutils.h"
+
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,13 +13,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-namespace {
+using namespace filetest;
+using statetest::at;
 
-// "a|b|c" as a list; the data tables stay readable without QStringLiteral noise.
-QStringList words(const char *text)
-{
-    return QString::fromUtf8(text).split(QLatin1Char('|'));
-}
+namespace {
 
 struct Run
 {
@@ -37,29 +35,13 @@ struct Run
     }
 };
 
-void writeFile(const QString &path, const QByteArray &data = QByteArray("x"))
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(data);
-}
-
-QStringList values(const QJsonArray &array, const QString &key)
+QStringList values(const QJsonValue &array, const char *key)
 {
     QStringList list;
-    for (const QJsonValue &value : array)
-        list.append(value.toObject().value(key).toString());
+    const QJsonArray items = array.toArray();
+    for (const QJsonValue &value : items)
+        list.append(value.toObject().value(QLatin1String(key)).toString());
     return list;
-}
-
-QJsonObject find(const QJsonArray &array, const QString &key, const QString &value)
-{
-    for (const QJsonValue &entry : array) {
-        if (entry.toObject().value(key).toString() == value)
-            return entry.toObject();
-    }
-    return QJsonObject();
 }
 
 }   // namespace
@@ -84,7 +66,8 @@ private Q_SLOTS:
 private:
     Run run(const QString &script, const QStringList &arguments = QStringList());
     QString path(const QString &relative) const { return QDir(tmp->path()).filePath(relative); }
-    QString expand(QString text) const { return text.replace(QStringLiteral("$ROOT"), path(QStringLiteral("root"))); }
+    QString path(const char *relative) const { return path(QString::fromUtf8(relative)); }
+    QString expand(QString text) const { return text.replace(QStringLiteral("$ROOT"), path("root")); }
 
     std::unique_ptr<QTemporaryDir> tmp;
 };
@@ -93,20 +76,20 @@ void HostScriptsTest::init()
 {
     tmp.reset(new QTemporaryDir);
     QVERIFY(tmp->isValid());
-    writeFile(path(QStringLiteral("root/a.txt")), "a");
-    writeFile(path(QStringLiteral("root/marked.txt")), "m");
-    writeFile(path(QStringLiteral("root/dir/inner.txt")), "i");
-    QDir().mkpath(path(QStringLiteral("home/.local/share")));
+    writeFile(path("root/a.txt"), "a");
+    writeFile(path("root/marked.txt"), "m");
+    writeFile(path("root/dir/inner.txt"), "i");
+    QDir().mkpath(path("home/.local/share"));
 }
 
 Run HostScriptsTest::run(const QString &script, const QStringList &arguments)
 {
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), path(QStringLiteral("home")));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("home/.local/share")));
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("home/.config")));
-    env.insert(QStringLiteral("HOSTTEST_ROOT"), path(QStringLiteral("root")));
+    env.insert(QStringLiteral("HOME"), path("home"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), path("home/.local/share"));
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), path("home/.config"));
+    env.insert(QStringLiteral("HOSTTEST_ROOT"), path("root"));
     env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.info=false"));
     env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
     process.setProcessEnvironment(env);
@@ -177,13 +160,12 @@ void HostScriptsTest::exitCodes()
 
 void HostScriptsTest::scriptFromFile()
 {
-    writeFile(path(QStringLiteral("script.txt")),
-        "open " + path(QStringLiteral("root")).toUtf8() + "\nwait-for item last a.txt\necho found\n");
-    const Run result = run(QString(), {QStringLiteral("--script"), path(QStringLiteral("script.txt"))});
+    writeFile(path("script.txt"), "open " + path("root").toUtf8() + "\nwait-for item last a.txt\necho found\n");
+    const Run result = run(QString(), {QStringLiteral("--script"), path("script.txt")});
     QCOMPARE(result.exitCode, 0);
     QCOMPARE(result.lines, QStringList {QStringLiteral("found")});
 
-    const Run missing = run(QString(), {QStringLiteral("--script"), path(QStringLiteral("no-such-script"))});
+    const Run missing = run(QString(), {QStringLiteral("--script"), path("no-such-script")});
     QCOMPARE(missing.exitCode, 2);
 }
 
@@ -209,22 +191,16 @@ state
 )S"));
     QCOMPARE(result.exitCode, 0);
     const QJsonObject state = result.lastState();
-    QCOMPARE(state.value(QStringLiteral("version")).toInt(), 1);
-    const QJsonArray windows = state.value(QStringLiteral("windows")).toArray();
-    QCOMPARE(windows.size(), 2);
-    const QJsonObject first = windows.at(0).toObject();
-    const QJsonArray tabs = first.value(QStringLiteral("tabs")).toArray();
+    QCOMPARE(at(state, "version").toInt(), 1);
+    QCOMPARE(at(state, "windows/#").toInt(), 2);
     // The vetoed tab never came; the redirect went to the tree.
-    QCOMPARE(values(tabs, QStringLiteral("url")),
-        (QStringList {
-            QStringLiteral("hosttest:///dir"), QUrl::fromLocalFile(path(QStringLiteral("root"))).toString()}));
-    QCOMPARE(values(tabs, QStringLiteral("name")), (QStringList {QStringLiteral("dir"), QStringLiteral("root")}));
-    QCOMPARE(first.value(QStringLiteral("currentTab")).toInt(), 1);
-    const QJsonObject second = windows.at(1).toObject();
-    QCOMPARE(second.value(QStringLiteral("url")).toString(),
-        QUrl::fromLocalFile(path(QStringLiteral("root/dir"))).toString());
-    QCOMPARE(second.value(QStringLiteral("titlebar")).toObject().value(QStringLiteral("address")).toString(),
-        path(QStringLiteral("root/dir")));
+    const QJsonValue tabs = at(state, "windows/0/tabs");
+    QCOMPARE(values(tabs, "url"),
+        (QStringList {QStringLiteral("hosttest:///dir"), QUrl::fromLocalFile(path("root")).toString()}));
+    QCOMPARE(values(tabs, "name"), words("dir|root"));
+    QCOMPARE(at(state, "windows/0/currentTab").toInt(), 1);
+    QCOMPARE(at(state, "windows/1/url").toString(), QUrl::fromLocalFile(path("root/dir")).toString());
+    QCOMPARE(at(state, "windows/1/titlebar/address").toString(), path("root/dir"));
 }
 
 void HostScriptsTest::fileOperations_data()
@@ -275,18 +251,14 @@ void HostScriptsTest::fileOperations()
     for (const QString &name : absent)
         QVERIFY2(!QFileInfo::exists(path(name)), qPrintable(name));
     const QJsonObject state = result.lastState();
-    const QJsonArray results = state.value(QStringLiteral("results")).toArray();
-    QCOMPARE(results.size(), 1);
-    QCOMPARE(results.at(0).toObject().value(QStringLiteral("event")).toInt(), resultEvent);
-    QCOMPARE(results.at(0).toObject().value(QStringLiteral("ok")).toBool(), ok);
+    QCOMPARE(at(state, "results/#").toInt(), 1);
+    QCOMPARE(at(state, "results/0/event").toInt(), resultEvent);
+    QCOMPARE(at(state, "results/0/ok").toBool(), ok);
     // A failure is told in a dialog as well (recorded in automation mode).
-    QCOMPARE(state.value(QStringLiteral("dialogs")).toArray().isEmpty(), ok);
+    QCOMPARE(at(state, "dialogs").toArray().isEmpty(), ok);
     if (resultEvent == 1016)
-        QCOMPARE(find(state.value(QStringLiteral("opened")).toArray(), QStringLiteral("requested"),
-                     QStringLiteral("hosttest:///a.txt"))
-                     .value(QStringLiteral("url"))
-                     .toString(),
-            QUrl::fromLocalFile(path(QStringLiteral("root/a.txt"))).toString());
+        QCOMPARE(at(state, "opened/[requested=hosttest:///a.txt]/url").toString(),
+            QUrl::fromLocalFile(path("root/a.txt")).toString());
 }
 
 void HostScriptsTest::menusAreListedAndTriggered()
@@ -310,18 +282,13 @@ menu-trigger item last nothing copy
     QVERIFY2(result.errors.contains(QLatin1String("no item \"nothing\"")), qPrintable(result.errors));
     QCOMPARE(result.lines.size(), 3);
     auto ids = [](const QString &line) {
-        return values(QJsonDocument::fromJson(line.toUtf8()).object().value(QStringLiteral("menu")).toArray(),
-            QStringLiteral("id"));
+        return values(QJsonDocument::fromJson(line.toUtf8()).object().value(QStringLiteral("menu")), "id");
     };
-    QCOMPARE(ids(result.lines.at(0)),
-        (QStringList {QStringLiteral("open"), QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("rename"),
-            QStringLiteral("move-to-trash"), QStringLiteral("delete"), QStringLiteral("hosttest-info")}));
-    QCOMPARE(ids(result.lines.at(1)),
-        (QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab"),
-            QStringLiteral("hosttest-hello")}));
-    QCOMPARE(ids(result.lines.at(2)), QStringList {QStringLiteral("hosttest-sidebar-action")});
-    QVERIFY(QFileInfo::exists(path(QStringLiteral("home/.local/share/Trash/files/a (1).txt"))));
-    QVERIFY(QFileInfo::exists(path(QStringLiteral("root/a.txt"))));
+    QCOMPARE(ids(result.lines.at(0)), words("open|copy|cut|rename|move-to-trash|delete|hosttest-info"));
+    QCOMPARE(ids(result.lines.at(1)), words("open|open-in-new-window|open-in-new-tab|hosttest-hello"));
+    QCOMPARE(ids(result.lines.at(2)), words("hosttest-sidebar-action"));
+    QVERIFY(QFileInfo::exists(path("home/.local/share/Trash/files/a (1).txt")));
+    QVERIFY(QFileInfo::exists(path("root/a.txt")));
 }
 
 void HostScriptsTest::topWidgetEmblemsAndSidebarInState()
@@ -336,40 +303,19 @@ state
 )S"));
     QCOMPARE(result.exitCode, 0);
     const QJsonObject state = result.lastState();
-    const QJsonObject tab = state.value(QStringLiteral("windows"))
-                                .toArray()
-                                .at(0)
-                                .toObject()
-                                .value(QStringLiteral("tabs"))
-                                .toArray()
-                                .at(0)
-                                .toObject();
-    QCOMPARE(tab.value(QStringLiteral("name")).toString(), QStringLiteral("Test Root"));
-    const QJsonObject top = tab.value(QStringLiteral("top")).toObject();
-    QCOMPARE(top.value(QStringLiteral("created")).toInt(), 1);
-    QCOMPARE(top.value(QStringLiteral("visible")).toBool(), true);
-    QCOMPARE(top.value(QStringLiteral("text")).toString(), QStringLiteral("Test banner #1 refresh done"));
-    QCOMPARE(top.value(QStringLiteral("icon")).toString(), QStringLiteral("dialog-information"));
-    const QJsonArray items = tab.value(QStringLiteral("view")).toObject().value(QStringLiteral("items")).toArray();
-    QCOMPARE(
-        find(items, QStringLiteral("name"), QStringLiteral("marked.txt")).value(QStringLiteral("emblems")).toArray(),
-        QJsonArray {QStringLiteral("emblem-important")});
-    QCOMPARE(find(items, QStringLiteral("name"), QStringLiteral("a.txt")).value(QStringLiteral("emblems")).toArray(),
-        QJsonArray());
-    const QJsonObject item
-        = find(state.value(QStringLiteral("sidebar")).toObject().value(QStringLiteral("items")).toArray(),
-            QStringLiteral("url"), QStringLiteral("hosttest:///"));
-    QCOMPARE(item.value(QStringLiteral("name")).toString(), QStringLiteral("Test Place (started)"));
-    QCOMPARE(find(state.value(QStringLiteral("plugins")).toArray(), QStringLiteral("name"),
-                 QStringLiteral("hfmplugin-hosttest"))
-                 .value(QStringLiteral("state"))
-                 .toInt(),
-        6);
+    const QJsonValue tab = at(state, "windows/0/tabs/0");
+    QCOMPARE(at(tab, "name").toString(), QStringLiteral("Test Root"));
+    COMPARE_MEMBERS(at(tab, "top").toObject(),
+        R"({"created": 1, "visible": true, "text": "Test banner #1 refresh done", "icon": "dialog-information"})");
+    QCOMPARE(at(tab, "view/items/name=marked.txt/emblems").toArray(), QJsonArray {QStringLiteral("emblem-important")});
+    QCOMPARE(at(tab, "view/items/name=a.txt/emblems").toArray(), QJsonArray());
+    QCOMPARE(at(state, "sidebar/items/[url=hosttest:///]/name").toString(), QStringLiteral("Test Place (started)"));
+    QCOMPARE(at(state, "plugins/name=hfmplugin-hosttest/state").toInt(), 6);
 }
 
 void HostScriptsTest::customViewClickAndScreenshot()
 {
-    const QString shot = path(QStringLiteral("shot.png"));
+    const QString shot = path("shot.png");
     const Run result = run(QStringLiteral(R"S(open hosttest-page:///
 click last "Press me"
 expect windows/0/tabs/0/view/texts/0 Pressed

@@ -3,21 +3,14 @@
 // and state use.
 #include "automation/jsonpath.h"
 #include "automation/scriptlexer.h"
+#include "filetestutils.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QtTest>
 
-namespace {
-
-// "a|b|c" as a list; the data tables stay readable without QStringLiteral noise.
-QStringList words(const char *text)
-{
-    return QString::fromUtf8(text).split(QLatin1Char('|'));
-}
-
-}   // namespace
+using filetest::words;
 
 class ScriptSyntaxTest : public QObject
 {
@@ -40,8 +33,8 @@ void ScriptSyntaxTest::splitLine_data()
 
     QTest::newRow("plain words") << "cd 1 /tmp/x" << words("cd|1|/tmp/x") << true;
     QTest::newRow("extra blanks") << "  cd\t1   /tmp  " << words("cd|1|/tmp") << true;
-    QTest::newRow("comment") << "# cd 1 /tmp" << QStringList() << true;
-    QTest::newRow("blank") << "   " << QStringList() << true;
+    QTest::newRow("comment") << "# cd 1 /tmp" << words("") << true;
+    QTest::newRow("blank") << "   " << words("") << true;
     QTest::newRow("double quotes keep blanks")
         << R"(activate 1 "My File.txt")" << words("activate|1|My File.txt") << true;
     QTest::newRow("single quotes are literal") << R"(echo 'a "b" \n')" << words("echo|a \"b\" \\n") << true;
@@ -50,8 +43,8 @@ void ScriptSyntaxTest::splitLine_data()
     QTest::newRow("empty quoted word") << R"(touch 1 /tmp "")" << words("touch|1|/tmp|") << true;
     QTest::newRow("joined quotes") << R"(echo a"b c"'d')" << words("echo|ab cd") << true;
     QTest::newRow("hash inside a line") << "echo a#b" << words("echo|a#b") << true;
-    QTest::newRow("unterminated double") << R"(echo "open)" << QStringList() << false;
-    QTest::newRow("unterminated single") << "echo 'open" << QStringList() << false;
+    QTest::newRow("unterminated double") << R"(echo "open)" << words("") << false;
+    QTest::newRow("unterminated single") << "echo 'open" << words("") << false;
 }
 
 void ScriptSyntaxTest::splitLine()
@@ -114,22 +107,16 @@ void ScriptSyntaxTest::valueText_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("normalised");
 
-    QTest::newRow("bool") << "true"
-                          << "true";
-    QTest::newRow("number") << "12"
-                            << "12";
-    QTest::newRow("quoted string") << R"("a b")"
-                                   << R"("a b")";
-    QTest::newRow("bare word is a string") << "hello"
-                                           << R"("hello")";
-    QTest::newRow("url is a string") << "file:///tmp/x"
-                                     << R"("file:///tmp/x")";
-    QTest::newRow("list") << R"([1, "x"])"
-                          << R"([1,"x"])";
-    QTest::newRow("null") << "null"
-                          << "null";
-    QTest::newRow("broken json is a string") << "[1,"
-                                             << R"("[1,")";
+    // clang-format off
+    QTest::newRow("bool") << "true" << "true";
+    QTest::newRow("number") << "12" << "12";
+    QTest::newRow("quoted string") << R"("a b")" << R"("a b")";
+    QTest::newRow("bare word is a string") << "hello" << R"("hello")";
+    QTest::newRow("url is a string") << "file:///tmp/x" << R"("file:///tmp/x")";
+    QTest::newRow("list") << R"([1, "x"])" << R"([1,"x"])";
+    QTest::newRow("null") << "null" << "null";
+    QTest::newRow("broken json is a string") << "[1," << R"("[1,")";
+    // clang-format on
 }
 
 void ScriptSyntaxTest::valueText()

@@ -3,6 +3,7 @@
 // in reading order (folders first, numbers by value), hidden names left out,
 // selections kept across the final ordering, stale listings dropped, and
 // live changes applied.
+#include "../app/filetestutils.h"
 #include "filemodel.h"
 
 #include <hfmbase/infofactory.h>
@@ -15,15 +16,15 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace filetest;
 using hfmplugin_workspace::FileModel;
 
 namespace {
 
-void writeFile(const QString &path, const QByteArray &data = QByteArray("x"))
+// `name` inside `dir`.
+QString in(const QTemporaryDir &dir, const char *name)
 {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(data);
+    return dir.filePath(QString::fromUtf8(name));
 }
 
 QStringList rowNames(const FileModel &model)
@@ -73,19 +74,18 @@ void FileModelTest::listsInReadingOrder()
         writeFile(dir.filePath(QStringLiteral("item %1.txt").arg(i)));
     QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("zeta")));
     QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("Alpha")));
-    writeFile(dir.filePath(QStringLiteral(".dotfile")));
-    writeFile(dir.filePath(QStringLiteral("secret.txt")));
-    writeFile(dir.filePath(QStringLiteral(".hidden")), "secret.txt\n");
+    writeFile(in(dir, ".dotfile"));
+    writeFile(in(dir, "secret.txt"));
+    writeFile(in(dir, ".hidden"), "secret.txt\n");
 
     FileModel model;
     QVERIFY(load(model, dir.path()));
-    QStringList expected {QStringLiteral("Alpha"), QStringLiteral("zeta")};
+    QStringList expected = words("Alpha|zeta");
     for (int i = 1; i <= files; ++i)
         expected.append(QStringLiteral("item %1.txt").arg(i));
     QCOMPARE(rowNames(model), expected);
     QCOMPARE(model.index(0, 0).data(FileModel::kIsDirRole).toBool(), true);
-    QCOMPARE(model.index(2, 0).data(FileModel::kUrlRole).toUrl(),
-        QUrl::fromLocalFile(dir.filePath(QStringLiteral("item 1.txt"))));
+    QCOMPARE(model.index(2, 0).data(FileModel::kUrlRole).toUrl(), QUrl::fromLocalFile(in(dir, "item 1.txt")));
 
     // Shown on request, and gone again.
     QSignalSpy finished(&model, &FileModel::loadingFinished);
@@ -124,38 +124,37 @@ void FileModelTest::aNewFolderDropsTheOldListing()
     for (int i = 0; i < 450; ++i)
         writeFile(big.filePath(QStringLiteral("old-%1").arg(i)));
     QTemporaryDir small;
-    writeFile(small.filePath(QStringLiteral("new.txt")));
+    writeFile(in(small, "new.txt"));
 
     FileModel model;
     QSignalSpy finished(&model, &FileModel::loadingFinished);
     model.setRootUrl(QUrl::fromLocalFile(big.path()));
     model.setRootUrl(QUrl::fromLocalFile(small.path()));
     QVERIFY(finished.wait(10000));
-    QCOMPARE(rowNames(model), QStringList {QStringLiteral("new.txt")});
+    QCOMPARE(rowNames(model), words("new.txt"));
     // Nothing of the first listing arrives later.
     QTest::qWait(300);
     QCOMPARE(finished.count(), 1);
-    QCOMPARE(rowNames(model), QStringList {QStringLiteral("new.txt")});
+    QCOMPARE(rowNames(model), words("new.txt"));
 }
 
 void FileModelTest::liveChangesAndRepaint()
 {
     QTemporaryDir dir;
-    writeFile(dir.filePath(QStringLiteral("b.txt")));
+    writeFile(in(dir, "b.txt"));
     FileModel model;
     QVERIFY(load(model, dir.path()));
 
-    writeFile(dir.filePath(QStringLiteral("a.txt")));
-    writeFile(dir.filePath(QStringLiteral("c.txt")));
-    writeFile(dir.filePath(QStringLiteral(".quiet")));
-    QTRY_COMPARE(
-        rowNames(model), (QStringList {QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt")}));
-    QVERIFY(QFile::rename(dir.filePath(QStringLiteral("a.txt")), dir.filePath(QStringLiteral("d.txt"))));
-    QVERIFY(QFile::remove(dir.filePath(QStringLiteral("b.txt"))));
-    QTRY_COMPARE(rowNames(model), (QStringList {QStringLiteral("c.txt"), QStringLiteral("d.txt")}));
+    writeFile(in(dir, "a.txt"));
+    writeFile(in(dir, "c.txt"));
+    writeFile(in(dir, ".quiet"));
+    QTRY_COMPARE(rowNames(model), words("a.txt|b.txt|c.txt"));
+    QVERIFY(QFile::rename(in(dir, "a.txt"), in(dir, "d.txt")));
+    QVERIFY(QFile::remove(in(dir, "b.txt")));
+    QTRY_COMPARE(rowNames(model), words("c.txt|d.txt"));
     // Names listed in ".hidden" go as soon as it changes.
-    writeFile(dir.filePath(QStringLiteral(".hidden")), "c.txt\n");
-    QTRY_COMPARE(rowNames(model), QStringList {QStringLiteral("d.txt")});
+    writeFile(in(dir, ".hidden"), "c.txt\n");
+    QTRY_COMPARE(rowNames(model), words("d.txt"));
 
     // Many arrivals and departures at once keep the order.
     QStringList many;
@@ -163,21 +162,21 @@ void FileModelTest::liveChangesAndRepaint()
         writeFile(dir.filePath(QStringLiteral("n%1").arg(i)));
         many.prepend(QStringLiteral("n%1").arg(i));
     }
-    QTRY_COMPARE(rowNames(model), QStringList {QStringLiteral("d.txt")} + many);
+    QTRY_COMPARE(rowNames(model), words("d.txt") + many);
     for (int i = 1; i <= 60; i += 2)
         QVERIFY(QFile::remove(dir.filePath(QStringLiteral("n%1").arg(i))));
     QStringList odd;
     for (int i = 2; i <= 60; i += 2)
         odd.append(QStringLiteral("n%1").arg(i));
-    QTRY_COMPARE(rowNames(model), QStringList {QStringLiteral("d.txt")} + odd);
+    QTRY_COMPARE(rowNames(model), words("d.txt") + odd);
 
     QSignalSpy repaint(&model, &QAbstractItemModel::dataChanged);
-    writeFile(dir.filePath(QStringLiteral("d.txt")), "grown");
-    model.updateFile(QUrl::fromLocalFile(dir.filePath(QStringLiteral("d.txt"))));
+    writeFile(in(dir, "d.txt"), "grown");
+    model.updateFile(QUrl::fromLocalFile(in(dir, "d.txt")));
     QVERIFY(repaint.count() >= 1);
     QCOMPARE(repaint.last().first().value<QModelIndex>().row(), 0);
     QCOMPARE(model.index(0, FileModel::kSize).data().toString(), QLocale().formattedDataSize(5));
-    model.updateFile(QUrl::fromLocalFile(dir.filePath(QStringLiteral("unknown"))));
+    model.updateFile(QUrl::fromLocalFile(in(dir, "unknown")));
 }
 
 void FileModelTest::missingFolderReportsAnError()

@@ -3,7 +3,8 @@
 // only the public SDK: navigation filters, top widgets, listing of a plug-in
 // scheme with emblems, live updates, menus, the computer entry, the sidebar
 // item from metadata and a custom view with its title-bar settings.
-#include "automation/jsonpath.h"
+#include "../app/filetestutils.h"
+#include "../app/statetestutils.h"
 #include "automation/menuinterceptor.h"
 #include "automation/statecollector.h"
 #include "core/fileoperations.h"
@@ -23,41 +24,24 @@
 #include <htk/messagedialog.h>
 
 #include <QAbstractItemView>
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace filetest;
 using namespace hdehost;
+using statetest::at;
 
 namespace {
 
-QJsonValue at(const QJsonValue &root, const QString &path)
-{
-    QJsonValue value;
-    QString error;
-    if (!hdeapp::evaluateJsonPath(root, path, &value, &error))
-        return QJsonValue(QJsonValue::Undefined);
-    return value;
-}
-
-QStringList names(const QJsonValue &items)
+// The strings of a JSON array, or the `key` member of its objects.
+QStringList strings(const QJsonValue &array, const char *key = "id")
 {
     QStringList list;
-    const QJsonArray array = items.toArray();
-    for (const QJsonValue &item : array)
-        list.append(item.toObject().value(QStringLiteral("name")).toString());
-    return list;
-}
-
-QStringList strings(const QJsonValue &value)
-{
-    QStringList list;
-    const QJsonArray array = value.toArray();
-    for (const QJsonValue &item : array)
-        list.append(item.isObject() ? item.toObject().value(QStringLiteral("id")).toString() : item.toString());
+    const QJsonArray items = array.toArray();
+    for (const QJsonValue &item : items)
+        list.append(item.isObject() ? item.toObject().value(QLatin1String(key)).toString() : item.toString());
     return list;
 }
 
@@ -69,13 +53,6 @@ void quietPlatform(QtMsgType type, const QMessageLogContext &context, const QStr
     if (message.startsWith(QLatin1String("This plugin does not support")))
         return;
     previousHandler(type, context, message);
-}
-
-void writeFile(const QString &path, const QByteArray &data = QByteArray("x"))
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(data);
 }
 
 bool invokeBool(const QString &inspector, const char *method, quint64 windowId, const QString &text)
@@ -121,7 +98,8 @@ private:
     quint64 openWindow(const QUrl &url);
     bool waitLoaded(quint64 id);
     QString rootPath() const { return root.path(); }
-    QUrl testUrl(const QString &path) const { return QUrl(QStringLiteral("hosttest://") + path); }
+    QString inRoot(const char *relative) const { return root.filePath(QString::fromUtf8(relative)); }
+    QUrl testUrl(const char *path) const { return QUrl(QStringLiteral("hosttest://") + QLatin1String(path)); }
 
     QTemporaryDir root;
     hdeapp::OperationLog log;
@@ -135,16 +113,12 @@ void HostPluginsTest::initTestCase()
     previousHandler = qInstallMessageHandler(quietPlatform);
     QVERIFY(root.isValid());
     qputenv("HOSTTEST_ROOT", root.path().toUtf8());
-    QVERIFY(QDir(rootPath()).mkpath(QStringLiteral("dir")));
+    for (const QString &name :
+        words("dir/inner.txt|a-plain.txt|b-marked.txt|c-marked-twice.txt|.dotfile|hidden-by-list.txt"))
+        writeFile(root.filePath(name));
+    writeFile(root.filePath(QStringLiteral(".hidden")), "hidden-by-list.txt\n");
     QVERIFY(QDir(rootPath()).mkpath(QStringLiteral("empty")));
     QVERIFY(QDir(rootPath()).mkpath(QStringLiteral("no-banner")));
-    writeFile(rootPath() + QStringLiteral("/a-plain.txt"));
-    writeFile(rootPath() + QStringLiteral("/b-marked.txt"));
-    writeFile(rootPath() + QStringLiteral("/c-marked-twice.txt"));
-    writeFile(rootPath() + QStringLiteral("/.dotfile"));
-    writeFile(rootPath() + QStringLiteral("/hidden-by-list.txt"));
-    writeFile(rootPath() + QStringLiteral("/.hidden"), "hidden-by-list.txt\n");
-    writeFile(rootPath() + QStringLiteral("/dir/inner.txt"));
 
     registerHostMetaTypes();
     hdeapp::chooseIconTheme();
@@ -163,9 +137,8 @@ void HostPluginsTest::initTestCase()
     QVERIFY(meta);
     testPlugin = meta->plugin();
     QVERIFY(testPlugin);
-    for (const QString &name : {QStringLiteral("hfmplugin-workspace"), QStringLiteral("hfmplugin-computer"),
-             QStringLiteral("hfmplugin-sidebar"), QStringLiteral("hfmplugin-emblem"),
-             QStringLiteral("hfmplugin-titlebar"), QStringLiteral("hfmplugin-menu")}) {
+    for (const QString &name : words("hfmplugin-workspace|hfmplugin-computer|hfmplugin-sidebar|hfmplugin-emblem|"
+                                     "hfmplugin-titlebar|hfmplugin-menu")) {
         const hpf::PluginMetaObjectPointer host = hpf::LifeCycle::pluginMetaObj(name);
         QVERIFY2(host && host->pluginState() == hpf::PluginMetaObject::kStarted, qPrintable(name));
     }
@@ -194,7 +167,7 @@ QJsonObject HostPluginsTest::windowState(quint64 id) const
 
 QJsonObject HostPluginsTest::currentTab(quint64 id) const
 {
-    return at(windowState(id), QStringLiteral("tabs/current=true")).toObject();
+    return at(windowState(id), "tabs/current=true").toObject();
 }
 
 quint64 HostPluginsTest::openWindow(const QUrl &url)
@@ -226,28 +199,18 @@ void HostPluginsTest::sidebarItemFromMetadataBeforeStart()
     // The test plug-in's start() updated the item and would have failed
     // without it.
     QCOMPARE(testPlugin->property("sidebarItemBeforeStart").toBool(), true);
-    const QJsonObject item = at(state(), QStringLiteral("sidebar/items/[url=hosttest:///]")).toObject();
-    QCOMPARE(item.value(QStringLiteral("name")).toString(), QStringLiteral("Test Place (started)"));
-    QCOMPARE(item.value(QStringLiteral("reportName")).toString(), QStringLiteral("TestPlace"));
-    QCOMPARE(item.value(QStringLiteral("visibleControl")).toString(), QStringLiteral("hosttest"));
-    QCOMPARE(item.value(QStringLiteral("group")).toString(), QStringLiteral("Group_Common"));
-    QCOMPARE(item.value(QStringLiteral("plugin")).toString(), QStringLiteral("hfmplugin-hosttest"));
-    QCOMPARE(item.value(QStringLiteral("customMenu")).toBool(), true);
+    COMPARE_MEMBERS(at(state(), "sidebar/items/[url=hosttest:///]").toObject(),
+        R"j({"name": "Test Place (started)", "reportName": "TestPlace", "visibleControl": "hosttest",)j"
+        R"("group": "Group_Common", "plugin": "hfmplugin-hosttest", "customMenu": true})");
     // The two malformed entries of the same metadata made no item.
-    QCOMPARE(at(state(), QStringLiteral("sidebar/items/[plugin=hfmplugin-hosttest]/#")).isUndefined(), false);
-    int fromPlugin = 0;
-    const QJsonArray items = at(state(), QStringLiteral("sidebar/items")).toArray();
-    for (const QJsonValue &entry : items)
-        fromPlugin
-            += entry.toObject().value(QStringLiteral("plugin")).toString() == QLatin1String("hfmplugin-hosttest");
-    QCOMPARE(fromPlugin, 1);
+    QCOMPARE(strings(at(state(), "sidebar/items"), "plugin").count(QStringLiteral("hfmplugin-hosttest")), 1);
 
     // Its find-me callback highlights it on the scheme's root only.
-    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    const quint64 id = openWindow(testUrl("/"));
     QVERIFY(id);
-    QCOMPARE(at(windowState(id), QStringLiteral("sidebar/highlighted")).toString(), QStringLiteral("hosttest:///"));
-    requestChangeUrl(id, testUrl(QStringLiteral("/dir")));
-    QCOMPARE(at(windowState(id), QStringLiteral("sidebar/highlighted")).toString(), QString());
+    QCOMPARE(at(windowState(id), "sidebar/highlighted").toString(), QStringLiteral("hosttest:///"));
+    requestChangeUrl(id, testUrl("/dir"));
+    QCOMPARE(at(windowState(id), "sidebar/highlighted").toString(), QString());
 }
 
 void HostPluginsTest::navigationFilters_data()
@@ -294,7 +257,7 @@ void HostPluginsTest::navigationFilters()
     QFETCH(int, redirects);
     QFETCH(QString, announced);
 
-    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    const quint64 id = openWindow(testUrl("/"));
     QVERIFY(id);
     const int vetoedBefore = testPlugin->property("vetoed").toInt();
     const int redirectedBefore = testPlugin->property("redirected").toInt();
@@ -324,28 +287,23 @@ void HostPluginsTest::navigationFilters()
 void HostPluginsTest::topWidgetOncePerViewAndShownPerCallback()
 {
     const int createdBefore = testPlugin->property("bannersCreated").toInt();
-    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    const quint64 id = openWindow(testUrl("/"));
     QVERIFY(id);
     auto topOf = [this, id] { return currentTab(id).value(QStringLiteral("top")).toObject(); };
-    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
-    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), true);
-    QCOMPARE(topOf().value(QStringLiteral("icon")).toString(), QStringLiteral("dialog-information"));
-    QCOMPARE(strings(topOf().value(QStringLiteral("links"))), QStringList {QStringLiteral("refresh")});
+    COMPARE_MEMBERS(topOf(), R"({"created": 1, "visible": true, "icon": "dialog-information", "links": ["refresh"]})");
 
-    for (const QString &path : {QStringLiteral("/dir"), QStringLiteral("/"), QStringLiteral("/dir")})
+    for (const char *path : {"/dir", "/", "/dir"})
         requestChangeUrl(id, testUrl(path));
-    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
-    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), true);
+    COMPARE_MEMBERS(topOf(), R"({"created": 1, "visible": true})");
 
-    requestChangeUrl(id, testUrl(QStringLiteral("/no-banner")));
-    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), false);
+    requestChangeUrl(id, testUrl("/no-banner"));
+    QCOMPARE(at(topOf(), "visible").toBool(), false);
 
     // Another scheme has no top widget; coming back reuses the first one.
     requestChangeUrl(id, QUrl::fromLocalFile(rootPath()));
     QVERIFY(currentTab(id).value(QStringLiteral("top")).isNull());
-    requestChangeUrl(id, testUrl(QStringLiteral("/")));
-    QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
-    QCOMPARE(topOf().value(QStringLiteral("visible")).toBool(), true);
+    requestChangeUrl(id, testUrl("/"));
+    COMPARE_MEMBERS(topOf(), R"({"created": 1, "visible": true})");
     QCOMPARE(testPlugin->property("bannersCreated").toInt() - createdBefore, 1);
 
     QVERIFY(invokeBool(Inspector::kWorkspace, "activateTopLink", id, QStringLiteral("refresh")));
@@ -353,7 +311,7 @@ void HostPluginsTest::topWidgetOncePerViewAndShownPerCallback()
     QVERIFY(!invokeBool(Inspector::kWorkspace, "activateTopLink", id, QStringLiteral("no-such-link")));
 
     // A new tab is a new view with a widget of its own.
-    requestNewTab(id, testUrl(QStringLiteral("/")));
+    requestNewTab(id, testUrl("/"));
     QCOMPARE(windowState(id).value(QStringLiteral("currentTab")).toInt(), 1);
     QCOMPARE(topOf().value(QStringLiteral("created")).toInt(), 1);
     QCOMPARE(testPlugin->property("bannersCreated").toInt() - createdBefore, 2);
@@ -363,24 +321,21 @@ void HostPluginsTest::listingOfPluginSchemeWithEmblems_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QStringList>("emblems");
-    QTest::newRow("no emblem") << "a-plain.txt" << QStringList();
-    QTest::newRow("one emblem") << "b-marked.txt" << QStringList {QStringLiteral("emblem-important")};
-    QTest::newRow("two emblems") << "c-marked-twice.txt"
-                                 << QStringList {QStringLiteral("emblem-important"), QStringLiteral("emblem-default")};
-    QTest::newRow("folder") << "dir" << QStringList();
+    QTest::newRow("no emblem") << "a-plain.txt" << words("");
+    QTest::newRow("one emblem") << "b-marked.txt" << words("emblem-important");
+    QTest::newRow("two emblems") << "c-marked-twice.txt" << words("emblem-important|emblem-default");
+    QTest::newRow("folder") << "dir" << words("");
 }
 
 void HostPluginsTest::listingOfPluginSchemeWithEmblems()
 {
     QFETCH(QString, name);
     QFETCH(QStringList, emblems);
-    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    const quint64 id = openWindow(testUrl("/"));
     QVERIFY(waitLoaded(id));
-    const QJsonValue items = at(currentTab(id), QStringLiteral("view/items"));
+    const QJsonValue items = at(currentTab(id), "view/items");
     // Folders first; dot files and names in ".hidden" stay out.
-    QCOMPARE(names(items),
-        (QStringList {QStringLiteral("dir"), QStringLiteral("empty"), QStringLiteral("no-banner"),
-            QStringLiteral("a-plain.txt"), QStringLiteral("b-marked.txt"), QStringLiteral("c-marked-twice.txt")}));
+    QCOMPARE(strings(items, "name"), words("dir|empty|no-banner|a-plain.txt|b-marked.txt|c-marked-twice.txt"));
     const QJsonObject item = at(items, QStringLiteral("name=") + name).toObject();
     QCOMPARE(item.value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///") + name);
     QCOMPARE(strings(item.value(QStringLiteral("emblems"))), emblems);
@@ -388,46 +343,46 @@ void HostPluginsTest::listingOfPluginSchemeWithEmblems()
 
 void HostPluginsTest::tabNamesAndEmptyTip()
 {
-    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    const quint64 id = openWindow(testUrl("/"));
     QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Test Root"));
-    requestChangeUrl(id, testUrl(QStringLiteral("/dir")));
+    requestChangeUrl(id, testUrl("/dir"));
     QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("dir"));
     QCOMPARE(hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->windowTitle(), QStringLiteral("dir"));
-    requestChangeUrl(id, testUrl(QStringLiteral("/empty")));
+    requestChangeUrl(id, testUrl("/empty"));
     QVERIFY(waitLoaded(id));
-    QCOMPARE(at(currentTab(id), QStringLiteral("view/tip")).toString(), QStringLiteral("Nothing in the test place"));
-    QCOMPARE(at(currentTab(id), QStringLiteral("view/items/#")).toInt(), 0);
+    QCOMPARE(at(currentTab(id), "view/tip").toString(), QStringLiteral("Nothing in the test place"));
+    QCOMPARE(at(currentTab(id), "view/items/#").toInt(), 0);
 }
 
 void HostPluginsTest::liveUpdatesRepaintAndRefresh()
 {
-    const quint64 id = openWindow(testUrl(QStringLiteral("/dir")));
+    const quint64 id = openWindow(testUrl("/dir"));
     QVERIFY(waitLoaded(id));
-    auto itemNames = [this, id] { return names(at(currentTab(id), QStringLiteral("view/items"))); };
-    QCOMPARE(itemNames(), QStringList {QStringLiteral("inner.txt")});
+    auto itemNames = [this, id] { return strings(at(currentTab(id), "view/items"), "name"); };
+    QCOMPARE(itemNames(), words("inner.txt"));
 
-    writeFile(rootPath() + QStringLiteral("/dir/arrived.txt"));
-    QTRY_COMPARE(itemNames(), (QStringList {QStringLiteral("arrived.txt"), QStringLiteral("inner.txt")}));
-    QVERIFY(QFile::remove(rootPath() + QStringLiteral("/dir/arrived.txt")));
-    QTRY_COMPARE(itemNames(), QStringList {QStringLiteral("inner.txt")});
+    writeFile(inRoot("dir/arrived.txt"));
+    QTRY_COMPARE(itemNames(), words("arrived.txt|inner.txt"));
+    QVERIFY(QFile::remove(inRoot("dir/arrived.txt")));
+    QTRY_COMPARE(itemNames(), words("inner.txt"));
 
     auto *view = hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->findChild<QAbstractItemView *>(
         QStringLiteral("icon-view"));
     QVERIFY(view);
     QSignalSpy repaint(view->model(), &QAbstractItemModel::dataChanged);
-    hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl(QStringLiteral("/dir/inner.txt")));
+    hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl("/dir/inner.txt"));
     QCOMPARE(repaint.count(), 1);
     QCOMPARE(repaint.first().first().value<QModelIndex>().data().toString(), QStringLiteral("inner.txt"));
-    hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl(QStringLiteral("/dir/unknown.txt")));
+    hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl("/dir/unknown.txt"));
     QCOMPARE(repaint.count(), 1);
 
     QSignalSpy reload(view->model(), &QAbstractItemModel::modelReset);
-    hpf::channel()->push(Space::kWorkspace, Topic::kRefreshDir, QList<QUrl> {testUrl(QStringLiteral("/elsewhere"))});
+    hpf::channel()->push(Space::kWorkspace, Topic::kRefreshDir, QList<QUrl> {testUrl("/elsewhere")});
     QCOMPARE(reload.count(), 0);
-    hpf::channel()->push(Space::kWorkspace, Topic::kRefreshDir, QList<QUrl> {testUrl(QStringLiteral("/dir/"))});
+    hpf::channel()->push(Space::kWorkspace, Topic::kRefreshDir, QList<QUrl> {testUrl("/dir/")});
     QCOMPARE(reload.count(), 1);
     QVERIFY(waitLoaded(id));
-    QCOMPARE(itemNames(), QStringList {QStringLiteral("inner.txt")});
+    QCOMPARE(itemNames(), words("inner.txt"));
 }
 
 void HostPluginsTest::menusListedByActionId_data()
@@ -439,28 +394,21 @@ void HostPluginsTest::menusListedByActionId_data()
 
     QTest::newRow("file of the plug-in scheme: host scene and the plug-in's")
         << "hosttest:///" << Inspector::kWorkspace << "a-plain.txt"
-        << QStringList {QStringLiteral("open"), QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("rename"),
-               QStringLiteral("move-to-trash"), QStringLiteral("delete"), QStringLiteral("hosttest-info")};
+        << words("open|copy|cut|rename|move-to-trash|delete|hosttest-info");
     QTest::newRow("folder of the plug-in scheme")
         << "hosttest:///" << Inspector::kWorkspace << "dir"
-        << QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab"),
-               QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("rename"), QStringLiteral("move-to-trash"),
-               QStringLiteral("delete"), QStringLiteral("hosttest-info")};
+        << words("open|open-in-new-window|open-in-new-tab|copy|cut|rename|move-to-trash|delete|hosttest-info");
     QTest::newRow("empty area") << "hosttest:///" << Inspector::kWorkspace << ""
-                                << QStringList {QStringLiteral("new-folder"), QStringLiteral("new-document"),
-                                       QStringLiteral("paste")};
+                                << words("new-folder|new-document|paste");
     QTest::newRow("computer entry with a bound scene")
         << "computer:///" << Inspector::kComputer << "Test Drive"
-        << QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab"),
-               QStringLiteral("hosttest-hello")};
+        << words("open|open-in-new-window|open-in-new-tab|hosttest-hello");
     QTest::newRow("host computer entry") << "computer:///" << Inspector::kComputer << "System Disk"
-                                         << QStringList {QStringLiteral("open"), QStringLiteral("open-in-new-window"),
-                                                QStringLiteral("open-in-new-tab")};
-    QTest::newRow("sidebar item with its own menu") << "computer:///" << Inspector::kSidebar << "hosttest:///"
-                                                    << QStringList {QStringLiteral("hosttest-sidebar-action")};
+                                         << words("open|open-in-new-window|open-in-new-tab");
+    QTest::newRow("sidebar item with its own menu")
+        << "computer:///" << Inspector::kSidebar << "hosttest:///" << words("hosttest-sidebar-action");
     QTest::newRow("host sidebar item") << "computer:///" << Inspector::kSidebar << "Computer"
-                                       << QStringList {
-                                              QStringLiteral("open-in-new-window"), QStringLiteral("open-in-new-tab")};
+                                       << words("open-in-new-window|open-in-new-tab");
 }
 
 void HostPluginsTest::menusListedByActionId()
@@ -485,7 +433,7 @@ void HostPluginsTest::menusListedByActionId()
 
 void HostPluginsTest::menuActionsTriggered()
 {
-    const quint64 id = openWindow(testUrl(QStringLiteral("/")));
+    const quint64 id = openWindow(testUrl("/"));
     QVERIFY(waitLoaded(id));
     auto trigger = [this](const QString &inspector, quint64 window, const QString &key, const QString &action) {
         menus->arm(action);
@@ -495,21 +443,21 @@ void HostPluginsTest::menuActionsTriggered()
 
     // The plug-in's own action in the file menu.
     QVERIFY(trigger(Inspector::kWorkspace, id, QStringLiteral("a-plain.txt"), QStringLiteral("hosttest-info")));
-    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/title")).toString(), QStringLiteral("Test info"));
-    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/message")).toString(), QStringLiteral("hosttest:///a-plain.txt"));
+    QCOMPARE(at(state(), "dialogs/-1/title").toString(), QStringLiteral("Test info"));
+    QCOMPARE(at(state(), "dialogs/-1/message").toString(), QStringLiteral("hosttest:///a-plain.txt"));
 
     // Copy then paste into the same folder: the copy gets a free name and
     // the original stays as it was; both go through the redirected URLs.
     QVERIFY(trigger(Inspector::kWorkspace, id, QStringLiteral("a-plain.txt"), QStringLiteral("copy")));
     QVERIFY(trigger(Inspector::kWorkspace, id, QString(), QStringLiteral("paste")));
-    QTRY_VERIFY(QFile::exists(rootPath() + QStringLiteral("/a-plain (1).txt")));
-    QTRY_COMPARE(at(state(), QStringLiteral("results/[event=1007]/ok")).toBool(), true);
-    QTRY_VERIFY(names(at(currentTab(id), QStringLiteral("view/items"))).contains(QStringLiteral("a-plain (1).txt")));
+    QTRY_VERIFY(QFile::exists(inRoot("a-plain (1).txt")));
+    QTRY_COMPARE(at(state(), "results/[event=1007]/ok").toBool(), true);
+    QTRY_VERIFY(strings(at(currentTab(id), "view/items"), "name").contains(QStringLiteral("a-plain (1).txt")));
 
     QVERIFY(trigger(Inspector::kWorkspace, id, QString(), QStringLiteral("new-folder")));
-    QVERIFY(QFileInfo(rootPath() + QStringLiteral("/New Folder")).isDir());
+    QVERIFY(QFileInfo(inRoot("New Folder")).isDir());
     QVERIFY(trigger(Inspector::kWorkspace, id, QString(), QStringLiteral("new-folder")));
-    QVERIFY(QFileInfo(rootPath() + QStringLiteral("/New Folder (1)")).isDir());
+    QVERIFY(QFileInfo(inRoot("New Folder (1)")).isDir());
 
     // A hidden or missing action is refused and nothing happens.
     menus->arm(QStringLiteral("no-such-action"));
@@ -518,16 +466,16 @@ void HostPluginsTest::menuActionsTriggered()
 
     // Delete asks first (recorded in automation mode, answered "Delete").
     QVERIFY(trigger(Inspector::kWorkspace, id, QStringLiteral("a-plain (1).txt"), QStringLiteral("delete")));
-    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/buttons/0")).toString(), QStringLiteral("Delete"));
-    QTRY_VERIFY(!QFile::exists(rootPath() + QStringLiteral("/a-plain (1).txt")));
+    QCOMPARE(at(state(), "dialogs/-1/buttons/0").toString(), QStringLiteral("Delete"));
+    QTRY_VERIFY(!QFile::exists(inRoot("a-plain (1).txt")));
 
     // The sidebar item's own menu and the computer entry's bound scene.
     QVERIFY(trigger(
         Inspector::kSidebar, id, QStringLiteral("Test Place (started)"), QStringLiteral("hosttest-sidebar-action")));
-    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/title")).toString(), QStringLiteral("Sidebar action"));
+    QCOMPARE(at(state(), "dialogs/-1/title").toString(), QStringLiteral("Sidebar action"));
     requestChangeUrl(id, QUrl(QStringLiteral("computer:///")));
     QVERIFY(trigger(Inspector::kComputer, id, QStringLiteral("Test Drive"), QStringLiteral("hosttest-hello")));
-    QCOMPARE(at(state(), QStringLiteral("dialogs/-1/title")).toString(), QStringLiteral("Hello"));
+    QCOMPARE(at(state(), "dialogs/-1/title").toString(), QStringLiteral("Hello"));
     QVERIFY(trigger(Inspector::kComputer, id, QStringLiteral("Test Drive"), QStringLiteral("open-in-new-tab")));
     QCOMPARE(currentTab(id).value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///"));
 }
@@ -535,15 +483,11 @@ void HostPluginsTest::menuActionsTriggered()
 void HostPluginsTest::computerEntryOpensItsTarget()
 {
     const quint64 id = openWindow(QUrl(QStringLiteral("computer:///")));
-    const QJsonObject entry = at(state(), QStringLiteral("computer/groups/name=Test Group/entries/0")).toObject();
-    QCOMPARE(entry.value(QStringLiteral("name")).toString(), QStringLiteral("Test Drive"));
-    QCOMPARE(entry.value(QStringLiteral("description")).toString(), QStringLiteral("A place for tests"));
-    QCOMPARE(entry.value(QStringLiteral("icon")).toString(), QStringLiteral("folder-remote"));
-    QCOMPARE(entry.value(QStringLiteral("sizeTotal")).toInt(), 4096);
-    QCOMPARE(entry.value(QStringLiteral("sizeUsage")).toInt(), 1024);
-    QCOMPARE(entry.value(QStringLiteral("showProgress")).toBool(), true);
+    COMPARE_MEMBERS(at(state(), "computer/groups/name=Test Group/entries/0").toObject(),
+        R"({"name": "Test Drive", "description": "A place for tests", "icon": "folder-remote",)"
+        R"("sizeTotal": 4096, "sizeUsage": 1024, "showProgress": true})");
     QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Computer"));
-    QCOMPARE(at(windowState(id), QStringLiteral("sidebar/highlighted")).toString(), QStringLiteral("computer:///"));
+    QCOMPARE(at(windowState(id), "sidebar/highlighted").toString(), QStringLiteral("computer:///"));
 
     QVERIFY(invokeBool(Inspector::kWorkspace, "activate", id, QStringLiteral("Test Drive")));
     QCOMPARE(windowState(id).value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///"));
@@ -554,25 +498,20 @@ void HostPluginsTest::customViewAndTitleBarSettings()
 {
     const quint64 id = openWindow(QUrl(QStringLiteral("hosttest-page:///")));
     QVERIFY(id);
-    const QJsonObject view = at(currentTab(id), QStringLiteral("view")).toObject();
+    const QJsonObject view = at(currentTab(id), "view").toObject();
     QCOMPARE(view.value(QStringLiteral("kind")).toString(), QStringLiteral("custom"));
     QCOMPARE(view.value(QStringLiteral("class")).toString(), QStringLiteral("hosttest::TestPageView"));
     QVERIFY(strings(view.value(QStringLiteral("texts"))).contains(QStringLiteral("Welcome to the test page")));
-    const QJsonObject bar = windowState(id).value(QStringLiteral("titlebar")).toObject();
-    QCOMPARE(bar.value(QStringLiteral("iconViewBtn")).toBool(), false);
-    QCOMPARE(bar.value(QStringLiteral("listViewBtn")).toBool(), false);
-    QCOMPARE(bar.value(QStringLiteral("detailSpaceBtn")).toBool(), false);
-    QCOMPARE(bar.value(QStringLiteral("address")).toString(), QStringLiteral("hosttest-page:///"));
-    QCOMPARE(at(state(), QStringLiteral("titlebar/schemes/hosttest-page/Property_Key_HideTreeViewBtn")).toBool(), true);
+    COMPARE_MEMBERS(windowState(id).value(QStringLiteral("titlebar")).toObject(),
+        R"({"iconViewBtn": false, "listViewBtn": false, "detailSpaceBtn": false, "address": "hosttest-page:///"})");
+    QCOMPARE(at(state(), "titlebar/schemes/hosttest-page/Property_Key_HideTreeViewBtn").toBool(), true);
 
     QVERIFY(invokeBool(Inspector::kWorkspace, "click", id, QStringLiteral("Press me")));
-    QVERIFY(strings(at(currentTab(id), QStringLiteral("view/texts"))).contains(QStringLiteral("Pressed")));
+    QVERIFY(strings(at(currentTab(id), "view/texts")).contains(QStringLiteral("Pressed")));
 
-    requestChangeUrl(id, testUrl(QStringLiteral("/")));
-    const QJsonObject back = windowState(id).value(QStringLiteral("titlebar")).toObject();
-    QCOMPARE(back.value(QStringLiteral("iconViewBtn")).toBool(), true);
-    QCOMPARE(back.value(QStringLiteral("listViewBtn")).toBool(), true);
-    QCOMPARE(back.value(QStringLiteral("address")).toString(), QStringLiteral("hosttest:///"));
+    requestChangeUrl(id, testUrl("/"));
+    COMPARE_MEMBERS(windowState(id).value(QStringLiteral("titlebar")).toObject(),
+        R"({"iconViewBtn": true, "listViewBtn": true, "address": "hosttest:///"})");
 }
 
 void HostPluginsTest::malformedRegistrationsAreRefused_data()

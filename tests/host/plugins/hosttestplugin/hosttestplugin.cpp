@@ -17,7 +17,6 @@
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QVBoxLayout>
 
 namespace hosttest {
@@ -32,8 +31,6 @@ const QString kTitlebar = QStringLiteral("hfmplugin_titlebar");
 const QString kMenu = QStringLiteral("hfmplugin_menu");
 const QUrl kRoot(QStringLiteral("hosttest:///"));
 const QUrl kEntry(QStringLiteral("entry:///hosttest.hosttest"));
-
-HostTestPlugin *thePlugin = nullptr;
 
 void showDialog(const QString &title, const QString &message)
 {
@@ -55,7 +52,6 @@ QAction *addAction(QMenu *menu, const QString &id, const QString &text)
 
 void HostTestPlugin::initialize()
 {
-    thePlugin = this;
     setProperty("vetoed", 0);
     setProperty("redirected", 0);
     setProperty("bannersCreated", 0);
@@ -178,57 +174,36 @@ void HostTestPlugin::registerWithSidebar()
     hpf::channel()->push(kSidebar, QStringLiteral("slot_Item_Update"), kRoot, properties);
 }
 
-bool HostTestPlugin::veto(const QUrl &url)
+bool HostTestPlugin::filter(const QUrl &url, const std::function<void(const QUrl &)> &republish)
 {
-    if (!url.path().contains(QLatin1String("forbidden")))
-        return false;
-    setProperty("vetoed", property("vetoed").toInt() + 1);
-    return true;
-}
-
-static QUrl redirected(const QUrl &url)
-{
+    if (url.path().contains(QLatin1String("forbidden"))) {
+        setProperty("vetoed", property("vetoed").toInt() + 1);
+        return true;
+    }
     if (url.scheme() != QLatin1String("hosttest-redirect"))
-        return QUrl();
+        return false;
     QUrl target(url);
     target.setScheme(QStringLiteral("hosttest"));
-    return target;
+    setProperty("redirected", property("redirected").toInt() + 1);
+    republish(target);
+    return true;
 }
 
 bool HostTestPlugin::filterChangeUrl(quint64 windowId, const QUrl &url)
 {
-    if (veto(url))
-        return true;
-    const QUrl target = redirected(url);
-    if (!target.isValid())
-        return false;
-    setProperty("redirected", property("redirected").toInt() + 1);
-    hpf::dispatcher()->publish(hfmbase::kChangeCurrentUrl, windowId, target);
-    return true;
+    return filter(url,
+        [windowId](const QUrl &target) { hpf::dispatcher()->publish(hfmbase::kChangeCurrentUrl, windowId, target); });
 }
 
 bool HostTestPlugin::filterNewWindow(const QUrl &url)
 {
-    if (veto(url))
-        return true;
-    const QUrl target = redirected(url);
-    if (!target.isValid())
-        return false;
-    setProperty("redirected", property("redirected").toInt() + 1);
-    hpf::dispatcher()->publish(hfmbase::kOpenNewWindow, target);
-    return true;
+    return filter(url, [](const QUrl &target) { hpf::dispatcher()->publish(hfmbase::kOpenNewWindow, target); });
 }
 
 bool HostTestPlugin::filterNewTab(quint64 windowId, const QUrl &url)
 {
-    if (veto(url))
-        return true;
-    const QUrl target = redirected(url);
-    if (!target.isValid())
-        return false;
-    setProperty("redirected", property("redirected").toInt() + 1);
-    hpf::dispatcher()->publish(hfmbase::kOpenNewTab, windowId, target);
-    return true;
+    return filter(
+        url, [windowId](const QUrl &target) { hpf::dispatcher()->publish(hfmbase::kOpenNewTab, windowId, target); });
 }
 
 void HostTestPlugin::onEntered(quint64, const QUrl &url)
@@ -248,17 +223,6 @@ bool HostTestPlugin::hookEmblems(const QUrl &url, QList<QIcon> *emblems)
 {
     if (!emblems || url.scheme() != QLatin1String("hosttest"))
         return false;
-    // HOSTTEST_EMBLEMS="Budget*=emblem-default;Photos=emblem-favorite" adds
-    // emblems by name pattern (for demonstrations and screenshots).
-    const QStringList rules = qEnvironmentVariable("HOSTTEST_EMBLEMS").split(QLatin1Char(';'), Qt::SkipEmptyParts);
-    for (const QString &rule : rules) {
-        const QString pattern = rule.section(QLatin1Char('='), 0, 0);
-        const QRegularExpression match(QRegularExpression::wildcardToRegularExpression(pattern));
-        if (match.match(url.fileName()).hasMatch()) {
-            emblems->append(QIcon::fromTheme(rule.section(QLatin1Char('='), 1)));
-            return true;
-        }
-    }
     if (!url.fileName().contains(QLatin1String("marked")))
         return false;
     emblems->append(QIcon::fromTheme(QStringLiteral("emblem-important")));
@@ -292,84 +256,6 @@ TestPageView::TestPageView(const QUrl &url, QWidget *parent) : QWidget(parent), 
     layout->addStretch(1);
 }
 
-QWidget *TestPageView::widget() const
-{
-    return const_cast<TestPageView *>(this);
-}
-
-QUrl TestPageView::rootUrl() const
-{
-    return root;
-}
-
-bool TestPageView::setRootUrl(const QUrl &url)
-{
-    root = url;
-    return true;
-}
-
-TestEntryEntity::TestEntryEntity(const QUrl &url) : AbstractEntryFileEntity(url) { }
-
-QString TestEntryEntity::displayName() const
-{
-    return QStringLiteral("Test Drive");
-}
-
-QIcon TestEntryEntity::icon() const
-{
-    return QIcon::fromTheme(QStringLiteral("folder-remote"));
-}
-
-bool TestEntryEntity::exists() const
-{
-    return true;
-}
-
-bool TestEntryEntity::showProgress() const
-{
-    return true;
-}
-
-bool TestEntryEntity::showTotalSize() const
-{
-    return true;
-}
-
-bool TestEntryEntity::showUsageSize() const
-{
-    return true;
-}
-
-int TestEntryEntity::order() const
-{
-    return 3;
-}
-
-qint64 TestEntryEntity::sizeTotal() const
-{
-    return 4096;
-}
-
-qint64 TestEntryEntity::sizeUsage() const
-{
-    return 1024;
-}
-
-QString TestEntryEntity::description() const
-{
-    return QStringLiteral("A place for tests");
-}
-
-QUrl TestEntryEntity::targetUrl() const
-{
-    return kRoot;
-}
-
-QString EntryScene::name() const
-{
-    return QStringLiteral("HostTestEntryMenu");
-}
-
 bool EntryScene::initialize(const QVariantHash &params)
 {
     const QList<QUrl> selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
@@ -389,11 +275,6 @@ bool EntryScene::triggered(QAction *action)
         return AbstractMenuScene::triggered(action);
     showDialog(QStringLiteral("Hello"), QStringLiteral("from the test entry"));
     return true;
-}
-
-QString FileScene::name() const
-{
-    return QStringLiteral("HostTestFileMenu");
 }
 
 bool FileScene::initialize(const QVariantHash &params)

@@ -40,7 +40,8 @@ public:
 
 private:
     void whenStarted(const QString &plugin, std::function<void()> func);
-    bool veto(const QUrl &url);
+    // Vetoes or redirects `url` (see above); `republish` sends the redirected one.
+    bool filter(const QUrl &url, const std::function<void(const QUrl &)> &republish);
     void registerWithWorkspace();
     void registerWithComputer();
     void registerWithSidebar();
@@ -61,9 +62,13 @@ class TestPageView : public QWidget, public hfmbase::AbstractBaseView
     Q_OBJECT
 public:
     TestPageView(const QUrl &url, QWidget *parent = nullptr);
-    QWidget *widget() const override;
-    QUrl rootUrl() const override;
-    bool setRootUrl(const QUrl &url) override;
+    QWidget *widget() const override { return const_cast<TestPageView *>(this); }
+    QUrl rootUrl() const override { return root; }
+    bool setRootUrl(const QUrl &url) override
+    {
+        root = url;
+        return true;
+    }
 
 private:
     QUrl root;
@@ -74,18 +79,18 @@ class TestEntryEntity : public hfmbase::AbstractEntryFileEntity
 {
     Q_OBJECT
 public:
-    explicit TestEntryEntity(const QUrl &url);
-    QString displayName() const override;
-    QIcon icon() const override;
-    bool exists() const override;
-    bool showProgress() const override;
-    bool showTotalSize() const override;
-    bool showUsageSize() const override;
-    int order() const override;
-    qint64 sizeTotal() const override;
-    qint64 sizeUsage() const override;
-    QString description() const override;
-    QUrl targetUrl() const override;
+    explicit TestEntryEntity(const QUrl &url) : AbstractEntryFileEntity(url) { }
+    QString displayName() const override { return QStringLiteral("Test Drive"); }
+    QIcon icon() const override { return QIcon::fromTheme(QStringLiteral("folder-remote")); }
+    bool exists() const override { return true; }
+    bool showProgress() const override { return true; }
+    bool showTotalSize() const override { return true; }
+    bool showUsageSize() const override { return true; }
+    int order() const override { return 3; }
+    qint64 sizeTotal() const override { return 4096; }
+    qint64 sizeUsage() const override { return 1024; }
+    QString description() const override { return QStringLiteral("A place for tests"); }
+    QUrl targetUrl() const override { return QUrl(QStringLiteral("hosttest:///")); }
 };
 
 // Bound under "ComputerMenu": one action, "hosttest-hello", that shows a dialog.
@@ -93,7 +98,7 @@ class EntryScene : public hfmbase::AbstractMenuScene
 {
     Q_OBJECT
 public:
-    QString name() const override;
+    QString name() const override { return QStringLiteral("HostTestEntryMenu"); }
     bool initialize(const QVariantHash &params) override;
     bool create(QMenu *parent) override;
     bool triggered(QAction *action) override;
@@ -104,7 +109,7 @@ class FileScene : public hfmbase::AbstractMenuScene
 {
     Q_OBJECT
 public:
-    QString name() const override;
+    QString name() const override { return QStringLiteral("HostTestFileMenu"); }
     bool initialize(const QVariantHash &params) override;
     bool create(QMenu *parent) override;
     bool triggered(QAction *action) override;

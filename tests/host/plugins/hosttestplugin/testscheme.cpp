@@ -41,23 +41,17 @@ QUrl TestFileInfo::urlOf(FileUrlInfoType type) const
 {
     if (type == FileUrlInfoType::kRedirectedFileUrl)
         return toLocal(url);
-    if (type == FileUrlInfoType::kUrl)
-        return url;
-    return ProxyFileInfo::urlOf(type);
+    return type == FileUrlInfoType::kUrl ? url : ProxyFileInfo::urlOf(type);
 }
 
 bool TestFileInfo::canAttributes(FileCanType type) const
 {
-    if (type == FileCanType::kCanRedirectionFileUrl)
-        return true;
-    return ProxyFileInfo::canAttributes(type);
+    return type == FileCanType::kCanRedirectionFileUrl || ProxyFileInfo::canAttributes(type);
 }
 
 QString TestFileInfo::viewOfTip(ViewType type) const
 {
-    if (type == ViewType::kEmptyDir)
-        return QStringLiteral("Nothing in the test place");
-    return ProxyFileInfo::viewOfTip(type);
+    return type == ViewType::kEmptyDir ? QStringLiteral("Nothing in the test place") : ProxyFileInfo::viewOfTip(type);
 }
 
 TestDirIterator::TestDirIterator(
@@ -68,39 +62,9 @@ TestDirIterator::TestDirIterator(
 {
 }
 
-QUrl TestDirIterator::next()
-{
-    return local ? toTest(local->next()) : QUrl();
-}
-
-bool TestDirIterator::hasNext() const
-{
-    return local && local->hasNext();
-}
-
-QString TestDirIterator::fileName() const
-{
-    return local ? local->fileName() : QString();
-}
-
-QUrl TestDirIterator::fileUrl() const
-{
-    return local ? toTest(local->fileUrl()) : QUrl();
-}
-
-QUrl TestDirIterator::url() const
-{
-    return dir;
-}
-
 hfmbase::FileInfoPointer TestDirIterator::fileInfo() const
 {
     return hfmbase::FileInfoPointer(new TestFileInfo(fileUrl()));
-}
-
-TestWatcherPrivate::TestWatcherPrivate(const QUrl &url, hfmbase::AbstractFileWatcher *qq)
-    : AbstractFileWatcherPrivate(url, qq)
-{
 }
 
 bool TestWatcherPrivate::start()
@@ -109,12 +73,12 @@ bool TestWatcherPrivate::start()
     if (!local)
         return false;
     auto *watcher = static_cast<TestWatcher *>(q);
-    connect(local.data(), &hfmbase::AbstractFileWatcher::subfileCreated, watcher,
-        [watcher](const QUrl &u) { Q_EMIT watcher->subfileCreated(toTest(u)); });
-    connect(local.data(), &hfmbase::AbstractFileWatcher::fileDeleted, watcher,
-        [watcher](const QUrl &u) { Q_EMIT watcher->fileDeleted(toTest(u)); });
-    connect(local.data(), &hfmbase::AbstractFileWatcher::fileAttributeChanged, watcher,
-        [watcher](const QUrl &u) { Q_EMIT watcher->fileAttributeChanged(toTest(u)); });
+    for (auto signal : {&hfmbase::AbstractFileWatcher::subfileCreated, &hfmbase::AbstractFileWatcher::fileDeleted,
+             &hfmbase::AbstractFileWatcher::fileAttributeChanged}) {
+        connect(local.data(), signal, watcher, [watcher, signal](const QUrl &u) {
+            Q_EMIT(watcher->*signal)(toTest(u));
+        });
+    }
     connect(local.data(), &hfmbase::AbstractFileWatcher::fileRename, watcher,
         [watcher](const QUrl &from, const QUrl &to) { Q_EMIT watcher->fileRename(toTest(from), toTest(to)); });
     return local->startWatcher();
@@ -127,7 +91,5 @@ bool TestWatcherPrivate::stop()
     local.reset();
     return true;
 }
-
-TestWatcher::TestWatcher(const QUrl &url) : AbstractFileWatcher(new TestWatcherPrivate(url, this)) { }
 
 }   // namespace hosttest

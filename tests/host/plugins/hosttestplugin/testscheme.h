@@ -30,11 +30,11 @@ class TestDirIterator : public hfmbase::AbstractDirIterator
 public:
     TestDirIterator(
         const QUrl &url, const QStringList &nameFilters, QDir::Filters filters, QDirIterator::IteratorFlags flags);
-    QUrl next() override;
-    bool hasNext() const override;
-    QString fileName() const override;
-    QUrl fileUrl() const override;
-    QUrl url() const override;
+    QUrl next() override { return local ? toTest(local->next()) : QUrl(); }
+    bool hasNext() const override { return local && local->hasNext(); }
+    QString fileName() const override { return local ? local->fileName() : QString(); }
+    QUrl fileUrl() const override { return local ? toTest(local->fileUrl()) : QUrl(); }
+    QUrl url() const override { return dir; }
     hfmbase::FileInfoPointer fileInfo() const override;
 
 private:
@@ -46,7 +46,7 @@ class TestWatcherPrivate : public hfmbase::AbstractFileWatcherPrivate
 {
     Q_OBJECT
 public:
-    TestWatcherPrivate(const QUrl &url, hfmbase::AbstractFileWatcher *qq);
+    TestWatcherPrivate(const QUrl &url, hfmbase::AbstractFileWatcher *qq) : AbstractFileWatcherPrivate(url, qq) { }
     bool start() override;
     bool stop() override;
 
@@ -58,7 +58,7 @@ class TestWatcher : public hfmbase::AbstractFileWatcher
 {
     Q_OBJECT
 public:
-    explicit TestWatcher(const QUrl &url);
+    explicit TestWatcher(const QUrl &url) : AbstractFileWatcher(new TestWatcherPrivate(url, this)) { }
     friend class TestWatcherPrivate;
 };
 

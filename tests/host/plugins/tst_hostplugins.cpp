@@ -82,6 +82,7 @@ private Q_SLOTS:
     void listingOfPluginSchemeWithEmblems_data();
     void listingOfPluginSchemeWithEmblems();
     void tabNamesAndEmptyTip();
+    void historyBackAndForward();
     void liveUpdatesRepaintAndRefresh();
     void menusListedByActionId_data();
     void menusListedByActionId();
@@ -352,6 +353,27 @@ void HostPluginsTest::tabNamesAndEmptyTip()
     QVERIFY(waitLoaded(id));
     QCOMPARE(at(currentTab(id), "view/tip").toString(), QStringLiteral("Nothing in the test place"));
     QCOMPARE(at(currentTab(id), "view/items/#").toInt(), 0);
+}
+
+void HostPluginsTest::historyBackAndForward()
+{
+    const quint64 id = openWindow(testUrl("/"));
+    requestChangeUrl(id, testUrl("/dir"));
+    requestChangeUrl(id, testUrl("/empty"));
+    auto go = [this, id](const QString &step) {
+        hpf::channel()->push(
+            Space::kWorkspace, step == QLatin1String("back") ? Topic::kNavigateBack : Topic::kNavigateForward, id);
+        return currentTab(id).value(QStringLiteral("url")).toString().mid(QStringLiteral("hosttest://").size());
+    };
+    const QStringList steps = words("back|back|back|forward|back|forward|forward|forward|back");
+    QStringList shown;
+    for (const QString &step : steps)
+        shown.append(go(step));
+    QCOMPARE(shown, words("/dir|/|/|/dir|/|/dir|/empty|/empty|/dir"));
+    // Going somewhere new forgets the way forward.
+    requestChangeUrl(id, testUrl("/no-banner"));
+    QCOMPARE(go(QStringLiteral("forward")), QStringLiteral("/no-banner"));
+    QCOMPARE(go(QStringLiteral("back")), QStringLiteral("/dir"));
 }
 
 void HostPluginsTest::liveUpdatesRepaintAndRefresh()

@@ -212,17 +212,12 @@ void HostScriptsTest::fileOperations_data()
     QTest::addColumn<bool>("ok");
 
     QTest::newRow("make a folder") << "mkdir 0 $ROOT/made\n" << words("root/made") << QStringList() << 1012 << true;
-    QTest::newRow("make a folder that exists") << "mkdir 0 $ROOT/dir\n"
-                                               << words("root/dir/inner.txt") << QStringList() << 1012 << false;
     QTest::newRow("create a document") << "touch 0 $ROOT txt\n"
                                        << words("root/New Document.txt") << QStringList() << 1013 << true;
     QTest::newRow("copy with a clash") << "copy 0 $ROOT $ROOT/a.txt\nwait-for idle\n"
                                        << words("root/a.txt|root/a (1).txt") << QStringList() << 1007 << true;
     QTest::newRow("cut into a folder") << "cut 0 $ROOT/dir $ROOT/a.txt\nwait-for idle\n"
                                        << words("root/dir/a.txt") << words("root/a.txt") << 1011 << true;
-    QTest::newRow("copy through the plug-in scheme")
-        << "copy 0 hosttest:///dir hosttest:///a.txt\nwait-for idle\n"
-        << words("root/dir/a.txt|root/a.txt") << QStringList() << 1007 << true;
     QTest::newRow("delete") << "delete 0 $ROOT/dir\nwait-for idle\n"
                             << QStringList() << words("root/dir") << 1014 << true;
     QTest::newRow("trash") << "trash 0 $ROOT/a.txt\nwait-for idle\n"
@@ -272,21 +267,16 @@ wait-for item last "a (1).txt"
 menu-trigger item last "a (1).txt" move-to-trash
 wait-for no-item last "a (1).txt"
 cd last computer:///
-menu entry last "Test Drive"
 menu-trigger entry last "Test Drive" hosttest-hello
-menu sidebar last hosttest:///
 menu-trigger sidebar last "Test Place (started)" hosttest-sidebar-action
 menu-trigger item last nothing copy
 )S"));
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errors.contains(QLatin1String("no item \"nothing\"")), qPrintable(result.errors));
-    QCOMPARE(result.lines.size(), 3);
-    auto ids = [](const QString &line) {
-        return values(QJsonDocument::fromJson(line.toUtf8()).object().value(QStringLiteral("menu")), "id");
-    };
-    QCOMPARE(ids(result.lines.at(0)), words("open|copy|cut|rename|move-to-trash|delete|hosttest-info"));
-    QCOMPARE(ids(result.lines.at(1)), words("open|open-in-new-window|open-in-new-tab|hosttest-hello"));
-    QCOMPARE(ids(result.lines.at(2)), words("hosttest-sidebar-action"));
+    // Only "menu" prints; what the triggers did shows in the files.
+    QCOMPARE(result.lines.size(), 1);
+    QCOMPARE(values(at(QJsonDocument::fromJson(result.lines.at(0).toUtf8()).object(), "menu"), "id"),
+        words("open|copy|cut|rename|move-to-trash|delete|hosttest-info"));
     QVERIFY(QFileInfo::exists(path("home/.local/share/Trash/files/a (1).txt")));
     QVERIFY(QFileInfo::exists(path("root/a.txt")));
 }

@@ -225,24 +225,22 @@ void HostPluginsTest::navigationFilters_data()
     QTest::addColumn<int>("redirects");
     QTest::addColumn<QString>("announced");
 
-    QTest::newRow("change directory passes")
-        << 1 << "hosttest:///dir" << 0 << 0 << "hosttest:///dir" << 0 << 0 << "hosttest:///dir";
-    QTest::newRow("change directory vetoed")
-        << 1 << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0 << "hosttest:///";
-    QTest::newRow("change directory redirected")
-        << 1 << "hosttest-redirect:///dir" << 0 << 0 << "hosttest:///dir" << 0 << 1 << "hosttest:///dir";
-    QTest::newRow("new tab passes") << 3 << "hosttest:///dir" << 0 << 1 << "hosttest:///dir" << 0 << 0
-                                    << "hosttest:///dir";
-    QTest::newRow("new tab vetoed") << 3 << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0
-                                    << "hosttest:///";
-    QTest::newRow("new tab redirected") << 3 << "hosttest-redirect:///dir" << 0 << 1 << "hosttest:///dir" << 0 << 1
-                                        << "hosttest:///dir";
-    QTest::newRow("new window passes") << 2 << "hosttest:///dir" << 1 << 0 << "hosttest:///dir" << 0 << 0
-                                       << "hosttest:///dir";
-    QTest::newRow("new window vetoed") << 2 << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0
-                                       << "hosttest:///";
-    QTest::newRow("new window redirected")
-        << 2 << "hosttest-redirect:///dir" << 1 << 0 << "hosttest:///dir" << 0 << 1 << "hosttest:///dir";
+    // Each navigation event passes, is vetoed or is redirected.
+    const struct
+    {
+        int event;
+        const char *name;
+        int newWindows;
+        int newTabs;
+    } events[] = {{1, "change directory", 0, 0}, {3, "new tab", 0, 1}, {2, "new window", 1, 0}};
+    for (const auto &e : events) {
+        QTest::addRow("%s passes", e.name) << e.event << "hosttest:///dir" << e.newWindows << e.newTabs
+                                           << "hosttest:///dir" << 0 << 0 << "hosttest:///dir";
+        QTest::addRow("%s vetoed", e.name)
+            << e.event << "hosttest:///forbidden" << 0 << 0 << "hosttest:///" << 1 << 0 << "hosttest:///";
+        QTest::addRow("%s redirected", e.name) << e.event << "hosttest-redirect:///dir" << e.newWindows << e.newTabs
+                                               << "hosttest:///dir" << 0 << 1 << "hosttest:///dir";
+    }
     QTest::newRow("no view for the scheme")
         << 1 << "nosuchscheme:///x" << 0 << 0 << "hosttest:///" << 0 << 0 << "nosuchscheme:///x";
 }

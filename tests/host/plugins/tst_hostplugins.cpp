@@ -73,7 +73,7 @@ class HostPluginsTest : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { cleanup(); }
     void cleanup();
     void sidebarItemFromMetadataBeforeStart();
     void navigationFilters_data();
@@ -94,8 +94,11 @@ private Q_SLOTS:
 
 private:
     QJsonObject state() const { return hdeapp::collectState(&log, operations); }
-    QJsonObject windowState(quint64 id) const;
-    QJsonObject currentTab(quint64 id) const;
+    QJsonObject windowState(quint64 id) const
+    {
+        return at(state(), QStringLiteral("windows/id=%1").arg(id)).toObject();
+    }
+    QJsonObject currentTab(quint64 id) const { return at(windowState(id), "tabs/current=true").toObject(); }
     quint64 openWindow(const QUrl &url);
     bool waitLoaded(quint64 id);
     QString rootPath() const { return root.path(); }
@@ -154,21 +157,6 @@ void HostPluginsTest::cleanup()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     htk::MessageDialog::clearRecordedDialogs();
     QTRY_COMPARE(operations->runningJobs(), 0);
-}
-
-void HostPluginsTest::cleanupTestCase()
-{
-    cleanup();
-}
-
-QJsonObject HostPluginsTest::windowState(quint64 id) const
-{
-    return at(state(), QStringLiteral("windows/id=%1").arg(id)).toObject();
-}
-
-QJsonObject HostPluginsTest::currentTab(quint64 id) const
-{
-    return at(windowState(id), "tabs/current=true").toObject();
 }
 
 quint64 HostPluginsTest::openWindow(const QUrl &url)

@@ -7,6 +7,7 @@
 
 #include <htk/iconbutton.h>
 
+#include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
@@ -30,6 +31,24 @@ const QString kIconError = QStringLiteral("fbnubix_drive_error");
 const QString kIconNetwork = QStringLiteral("fbnubix_network_error");
 const QString kIconSyncing = QStringLiteral("fbnubix_drive_syncing");
 const QString kIconDone = QStringLiteral("fbnubix_drive_done");
+
+// Tabbing into the text lands on its first link (backwards: its last), so
+// that Enter follows it at once; a text without links is no tab stop.
+class LinkLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    void focusInEvent(QFocusEvent *event) override
+    {
+        QLabel::focusInEvent(event);
+        if (event->reason() == Qt::TabFocusReason)
+            focusNextPrevChild(true);
+        else if (event->reason() == Qt::BacktabFocusReason)
+            focusNextPrevChild(false);
+    }
+};
 }   // namespace
 
 NubixTitleWidget::NubixTitleWidget(QWidget *parent) : QWidget(parent)
@@ -55,7 +74,7 @@ void NubixTitleWidget::setupUI()
     iconLabel->setContentsMargins(0, 0, 0, 0);
     iconLabel->setFixedSize(kIconSize, kIconSize);
 
-    textLabel = new QLabel(this);
+    textLabel = new LinkLabel(this);
     textLabel->setObjectName(QStringLiteral("textLabel"));
     QFont font = textLabel->font();
     font.setPixelSize(12);

@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "menus/nubixentrymenuscene.h"
+
+#include "caches/nubixcaches.h"
+#include "utils/nubixutils.h"
+
+#include "sentrequests.h"
+
+#include <hfmbase/globaleventtype.h>
+#include <hpf/event/event.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace hfmplugin_nubix;
+
+namespace {
+const char *const kActionID = hfmbase::ActionPropertyKey::kActionID;
+
+QVariantHash params(const QList<QUrl> &selected, quint64 windowId = 42)
+{
+    return {{QStringLiteral("windowId"), QVariant::fromValue(windowId)},
+        {QStringLiteral("selectFiles"), QVariant::fromValue(selected)}};
+}
+
+// Flags by letter: r sync root set, d disconnected, p paused, c public cloud.
+void setState(const QByteArray &flags)
+{
+    SyncInfo info;
+    info.syncRoot = flags.contains('r') ? QStringLiteral("/home/a/Drive") : QString();
+    info.syncInited = true;
+    info.isDisconnected = flags.contains('d');
+    info.syncErrors.isPaused = flags.contains('p');
+    info.syncErrors.isOnline = true;
+    info.isPublicCloud = flags.contains('c');
+    NubixCaches::instance()->setSyncInfo(info);
+}
+
+QStringList visibleIds(const QMenu &menu)
+{
+    QStringList ids;
+    for (const QAction *action : menu.actions()) {
+        if (action->isVisible())
+            ids << action->property(kActionID).toString();
+    }
+    return ids;
+}
+}   // namespace
+
+class TestNubixEntryMenuScene : public QObject
+{
+    Q_OBJECT
+
+public:
+    bool recordEvent(int type, const QVariantList &args)
+    {
+        if (type != hfmbase::kChangeCurrentUrl && type != hfmbase::kOpenNewWindow)
+            return false;
+        QStringList parts {QString::number(type)};
+        for (const QVariant &arg : args)
+            parts << arg.toString();
+        events << parts.join(QLatin1Char(' '));
+        return true;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(client.connect());
+        hpf::dispatcher()->installGlobalEventFilter(this, &TestNubixEntryMenuScene::recordEvent);
+    }
+
+    void acceptsOnlyTheDrivesEntry_data()
+    {
+        QTest::addColumn<QList<QUrl>>("selected");
+        QTest::addColumn<bool>("accepted");
+
+        QTest::newRow("the drive's entry") << QList<QUrl> {NubixUtils::computerEntryUrl()} << true;
+        QTest::newRow("another device's entry")
+            << QList<QUrl> {QUrl(QStringLiteral("entry:///sda1.blockdev"))} << false;
+        QTest::newRow("nothing selected") << QList<QUrl>() << false;
+        QTest::newRow("the drive among others")
+            << QList<QUrl> {QUrl(QStringLiteral("entry:///home.userdir")), NubixUtils::computerEntryUrl()} << true;
+    }
+    void acceptsOnlyTheDrivesEntry()
+    {
+        QFETCH(QList<QUrl>, selected);
+        QFETCH(bool, accepted);
+        NubixEntryMenuScene scene;
+        QCOMPARE(scene.initialize(params(selected)), accepted);
+    }
+
+    void menuByState_data()
+    {
+        QTest::addColumn<QByteArray>("flags");
+        QTest::addColumn<QStringList>("ids");
+
+        const QStringList open {QStringLiteral("nubix-open"), QStringLiteral("nubix-open-in-win")};
+        const QStringList pages {QStringLiteral("nubix-open-main-panel"), QStringLiteral("nubix-sync-detail"),
+            QStringLiteral("nubix-trash-bin")};
+        QTest::newRow("personal, syncing") << QByteArray("rc")
+                                           << open + pages
+                + QStringList {QStringLiteral("nubix-sync-pause"), QStringLiteral("nubix-upgrade-enterprise"),
+                    QStringLiteral("nubix-settings")};
+        QTest::newRow("personal, paused: resume, not pause") << QByteArray("rcp")
+                                                             << open + pages
+                + QStringList {QStringLiteral("nubix-sync-resume"), QStringLiteral("nubix-upgrade-enterprise"),
+                    QStringLiteral("nubix-settings")};
+        QTest::newRow("private deployment: no upgrade") << QByteArray(
+            "r") << open + pages + QStringList {QStringLiteral("nubix-sync-pause"), QStringLiteral("nubix-settings")};
+        QTest::newRow("private deployment, paused") << QByteArray(
+            "rp") << open + pages + QStringList {QStringLiteral("nubix-sync-resume"), QStringLiteral("nubix-settings")};
+        QTest::newRow("client stopped: open only") << QByteArray("rcd") << open;
+        QTest::newRow("client stopped while paused") << QByteArray("rcpd") << open;
+        QTest::newRow("root not ready: open only") << QByteArray("c") << open;
+        QTest::newRow("root not ready, paused") << QByteArray("p") << open;
+    }
+    void menuByState()
+    {
+        QFETCH(QByteArray, flags);
+        QFETCH(QStringList, ids);
+
+        setState(flags);
+        QMenu menu;
+        // What the computer view's own menu put there before this scene's turn.
+        QAction *hostOpen = menu.addAction(QStringLiteral("Open"));
+        hostOpen->setProperty(kActionID, QStringLiteral("open"));
+        menu.addSeparator();
+
+        NubixEntryMenuScene scene;
+        QVERIFY(scene.initialize(params({NubixUtils::computerEntryUrl()})));
+        QVERIFY(scene.create(&menu));
+        // create() keeps the actions; the menu gets them in updateState().
+        QCOMPARE(visibleIds(menu), (QStringList {QStringLiteral("open"), QStringLiteral("")}));
+        scene.updateState(&menu);
+        QCOMPARE(visibleIds(menu), ids);
+        QVERIFY(!hostOpen->isVisible());
+    }
+
+    void menuTexts()
+    {
+        setState("rc");
+        QMenu menu;
+        NubixEntryMenuScene scene;
+        QVERIFY(scene.initialize(params({NubixUtils::computerEntryUrl()})));
+        scene.create(&menu);
+        scene.updateState(&menu);
+        QStringList texts;
+        for (const QAction *action : menu.actions())
+            texts << action->text();
+        QCOMPARE(texts,
+            (QStringList {QStringLiteral("Open"), QStringLiteral("Open in new window"),
+                QStringLiteral("Open main panel"), QStringLiteral("Sync detail"), QStringLiteral("Cloud recycle bin"),
+                QStringLiteral("Pause sync"), QStringLiteral("Upgrade enterprise"),
+                QStringLiteral("Kelo Drive Settings")}));
+        setState("rcp");
+        QMenu paused;
+        NubixEntryMenuScene pausedScene;
+        QVERIFY(pausedScene.initialize(params({NubixUtils::computerEntryUrl()})));
+        pausedScene.create(&paused);
+        pausedScene.updateState(&paused);
+        QCOMPARE(paused.actions().at(5)->text(), QStringLiteral("Resume sync"));
+    }
+
+    void actionsReachTheClient_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<QStringList>("sent");
+
+        QTest::newRow("main panel") << "nubix-open-main-panel"
+                                    << QStringList {QStringLiteral(R"(navigate {"args":"fileDocs","type":"home"})")};
+        QTest::newRow("sync detail") << "nubix-sync-detail"
+                                     << QStringList {QStringLiteral(R"(navigate {"args":"syncList","type":"sync"})")};
+        QTest::newRow("recycle bin") << "nubix-trash-bin"
+                                     << QStringList {
+                                            QStringLiteral(R"(navigate {"args":"fileRecycle","type":"home"})")};
+        QTest::newRow("pause") << "nubix-sync-pause" << QStringList {QStringLiteral("setSyncPause {}")};
+        QTest::newRow("resume") << "nubix-sync-resume" << QStringList {QStringLiteral("setSyncResume {}")};
+        QTest::newRow("settings") << "nubix-settings" << QStringList {QStringLiteral(R"(navigate {"type":"setting"})")};
+    }
+    void actionsReachTheClient()
+    {
+        QFETCH(QString, id);
+        QFETCH(QStringList, sent);
+
+        NubixEntryMenuScene scene;
+        QAction action;
+        action.setProperty(kActionID, id);
+        events.clear();
+        QVERIFY(scene.triggered(&action));
+        QCOMPARE(client.drain(), sent);
+        QCOMPARE(events, QStringList());
+    }
+
+    void openActionsGoToTheWelcomePage_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<QString>("event");
+
+        QTest::newRow("open here") << "nubix-open"
+                                   << "1 42 nubix-login:///";
+        QTest::newRow("open in a new window") << "nubix-open-in-win"
+                                              << "2 nubix-login:///";
+    }
+    void openActionsGoToTheWelcomePage()
+    {
+        QFETCH(QString, id);
+        QFETCH(QString, event);
+
+        setState("rc");
+        NubixEntryMenuScene scene;
+        QVERIFY(scene.initialize(params({NubixUtils::computerEntryUrl()}, 42)));
+        QAction action;
+        action.setProperty(kActionID, id);
+        events.clear();
+        QVERIFY(scene.triggered(&action));
+        QCOMPARE(events, QStringList {event});
+        QCOMPARE(client.drain(), QStringList());
+    }
+
+    void upgradeOpensThePricingPage()
+    {
+        // A stand-in for the desktop's opener that writes down what it was given.
+        QTemporaryDir bin;
+        const QString record = bin.filePath(QStringLiteral("opened"));
+        QFile script(bin.filePath(QStringLiteral("xdg-open")));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\nprintf '%s|' \"$@\" > \"" + record.toUtf8() + ".part\" && mv \"" + record.toUtf8()
+            + ".part\" \"" + record.toUtf8() + "\"\n");
+        script.close();
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(bin.path()) + ":" + path);
+
+        NubixEntryMenuScene scene;
+        QAction action;
+        action.setProperty(kActionID, QStringLiteral("nubix-upgrade-enterprise"));
+        QVERIFY(scene.triggered(&action));
+        qputenv("PATH", path);
+        QTRY_VERIFY(QFile::exists(record));
+        QFile opened(record);
+        QVERIFY(opened.open(QIODevice::ReadOnly));
+        QCOMPARE(opened.readAll(), QByteArray(NubixEntryMenuScene::kEnterprisePricingUrl) + '|');
+        QVERIFY(QUrl(QString::fromLatin1(NubixEntryMenuScene::kEnterprisePricingUrl)).isValid());
+        QCOMPARE(client.drain(), QStringList());
+    }
+
+    void otherActionsGoToSubScenes()
+    {
+        NubixEntryMenuScene scene;
+        QAction foreign;
+        foreign.setProperty(kActionID, QStringLiteral("open-in-new-tab"));
+        events.clear();
+        QVERIFY(!scene.triggered(&foreign));
+        QVERIFY(!scene.triggered(nullptr));
+        QCOMPARE(events, QStringList());
+        QCOMPARE(client.drain(), QStringList());
+    }
+
+    void creatorMakesFreshScenes()
+    {
+        NubixEntryMenuCreator creator;
+        QScopedPointer<hfmbase::AbstractMenuScene> first(creator.create());
+        QScopedPointer<hfmbase::AbstractMenuScene> second(creator.create());
+        QVERIFY(first && second && first != second);
+        QCOMPARE(first->name(), QStringLiteral("NubixEntryMenu"));
+        QCOMPARE(NubixEntryMenuCreator::name(), QStringLiteral("NubixEntryMenu"));
+    }
+
+private:
+    SentRequests client;
+    QStringList events;
+};
+
+QTEST_MAIN(TestNubixEntryMenuScene)
+#include "tst_nubixentrymenuscene.moc"

@@ -18,6 +18,7 @@
 #include <hpf/event/event.h>
 #include <htk/messagedialog.h>
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -26,6 +27,7 @@
 #include <QJsonObject>
 #include <QPixmap>
 #include <QSocketNotifier>
+#include <QStyle>
 #include <QTimer>
 
 #include <algorithm>
@@ -37,6 +39,32 @@ using namespace hdehost;
 using hfmbase::AbstractJobHandler;
 
 namespace {
+
+// The colours of a dark desktop theme, for the "theme dark" command.
+QPalette darkPalette()
+{
+    QPalette palette;
+    const QColor window(0x25, 0x26, 0x2a);
+    const QColor base(0x1c, 0x1d, 0x20);
+    const QColor text(0xe6, 0xe8, 0xec);
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::Button, QColor(0x33, 0x35, 0x3a));
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::ToolTipBase, window);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::Highlight, QColor(0x2b, 0x7d, 0xe9));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x5a, 0xa2, 0xff));
+    palette.setColor(QPalette::PlaceholderText, QColor(0x8a, 0x93, 0xa3));
+    palette.setColor(QPalette::Disabled, QPalette::Text, QColor(0x70, 0x74, 0x7c));
+    palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(0x70, 0x74, 0x7c));
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(0x70, 0x74, 0x7c));
+    return palette;
+}
 
 constexpr int kDefaultWaitMs = 5000;
 constexpr int kPollMs = 20;
@@ -788,6 +816,18 @@ void ScriptRunner::registerCommands()
             hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->resize(width, height);
             done(kOk, QString());
         });
+    add(QStringLiteral("theme"), 1, 1, QStringLiteral("light|dark"), [](const QStringList &args, const Done &done) {
+        const QString name = args.at(0);
+        if (name != QLatin1String("light") && name != QLatin1String("dark")) {
+            done(kUsage, QStringLiteral("the theme must be light or dark"));
+            return;
+        }
+        // A new application palette, as a desktop's theme switch gives;
+        // the toolkit's theme helper follows it and signals the change.
+        QApplication::setPalette(
+            name == QLatin1String("dark") ? darkPalette() : QApplication::style()->standardPalette());
+        done(kOk, QString());
+    });
     add(QStringLiteral("echo"), 0, -1, QStringLiteral("<text>..."), [this](const QStringList &args, const Done &done) {
         print(args.join(QLatin1Char(' ')));
         done(kOk, QString());

@@ -9,6 +9,7 @@
 #include <hostcommon/hostkeys.h>
 #include <hpf/lifecycle.h>
 #include <htk/messagedialog.h>
+#include <htk/themehelper.h>
 
 #include <QClipboard>
 #include <QCoreApplication>
@@ -118,6 +119,9 @@ QJsonObject collectState(const OperationLog *log, const FileOperations *operatio
     state.insert(QStringLiteral("opened"), log ? log->opened() : QVariantList());
     state.insert(QStringLiteral("terminals"), log ? log->terminals() : QVariantList());
     state.insert(QStringLiteral("results"), log ? log->results() : QVariantList());
+    state.insert(QStringLiteral("theme"),
+        htk::ThemeHelper::instance()->themeType() == htk::ThemeHelper::DarkType ? QStringLiteral("dark")
+                                                                                : QStringLiteral("light"));
     state.insert(QStringLiteral("jobs"), operations ? operations->runningJobs() : 0);
     state.insert(QStringLiteral("plugins"), plugins());
     return QJsonObject::fromVariantMap(state);

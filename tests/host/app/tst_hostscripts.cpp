@@ -145,6 +145,7 @@ void HostScriptsTest::exitCodes_data()
     QTest::newRow("no such item") << "open $ROOT\nwait-for loaded last\nactivate last nothing.txt\n"
                                   << 1 << "no item \"nothing.txt\"";
     QTest::newRow("not a location") << "open relative/path\n" << 2 << "neither an absolute path nor a URL";
+    QTest::newRow("unknown theme") << "theme blue\n" << 2 << "the theme must be light or dark";
 }
 
 void HostScriptsTest::exitCodes()
@@ -311,11 +312,20 @@ expect windows/0/tabs/0/view/texts/0 Pressed
 expect windows/0/titlebar/iconViewBtn false
 resize last 800 500
 screenshot last "%1"
+expect theme light
+theme dark
+expect theme dark
+screenshot last "%2"
+theme light
+expect theme light
 )S")
-                               .arg(shot));
+                               .arg(shot, path("dark.png")));
     QCOMPARE(result.exitCode, 0);
     const QImage image(shot);
     QCOMPARE(image.size(), QSize(800, 500));
+    // The window follows the theme switch: its empty corner turns dark.
+    QVERIFY(image.pixelColor(790, 490).lightness() > 128);
+    QVERIFY(QImage(path("dark.png")).pixelColor(790, 490).lightness() < 128);
 }
 
 QTEST_GUILESS_MAIN(HostScriptsTest)

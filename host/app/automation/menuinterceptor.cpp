@@ -37,6 +37,11 @@ void MenuInterceptor::disarm()
     armed = false;
 }
 
+void MenuInterceptor::setShotPath(const QString &path)
+{
+    shotPath = path;
+}
+
 bool MenuInterceptor::menuSeen() const
 {
     return seen;
@@ -84,9 +89,13 @@ bool MenuInterceptor::eventFilter(QObject *watched, QEvent *event)
     caught = describe(menu);
     QPointer<QMenu> guard(menu);
     if (wanted.isEmpty()) {
-        QTimer::singleShot(0, this, [guard] {
-            if (guard)
-                guard->close();
+        // Laid out and painted by the time the event loop turns.
+        QTimer::singleShot(0, this, [guard, shot = shotPath] {
+            if (!guard)
+                return;
+            if (!shot.isEmpty())
+                guard->grab().save(shot, "PNG");
+            guard->close();
         });
         return false;
     }

@@ -23,6 +23,8 @@ public:
     // Empty `actionId`: list and close. Otherwise trigger that action.
     void arm(const QString &actionId = QString());
     void disarm();
+    // Non-empty: a listed menu is also saved there as a PNG before it closes.
+    void setShotPath(const QString &path);
     bool menuSeen() const;
     // [{"id", "text", "enabled", "visible", "checked"}] of the caught menu,
     // submenu actions flattened after their parent.
@@ -39,6 +41,7 @@ private:
     bool armed = false;
     bool seen = false;
     QString wanted;
+    QString shotPath;
     QVariantList caught;
     QString problem;
 };

@@ -657,6 +657,19 @@ void ScriptRunner::registerCommands()
         });
     add(QStringLiteral("menu"), 2, 3, QStringLiteral("item|blank|entry|sidebar <window> [<item>]"),
         [this](const QStringList &args, const Done &done) { runMenu(args.at(0), args.mid(1), QString(), done); });
+    add(QStringLiteral("menu-shot"), 3, 4, QStringLiteral("<file.png> item|blank|entry|sidebar <window> [<item>]"),
+        [this](const QStringList &args, const Done &done) {
+            const QString file = args.at(0);
+            QFile::remove(file);
+            menus->setShotPath(file);
+            runMenu(args.at(1), args.mid(2), QString(), [file, done](int code, const QString &error) {
+                if (code == kOk && !QFileInfo::exists(file))
+                    done(kFailed, QStringLiteral("cannot write \"%1\"").arg(file));
+                else
+                    done(code, error);
+            });
+            menus->setShotPath(QString());
+        });
     add(QStringLiteral("menu-trigger"), 3, 4, QStringLiteral("item|blank|entry|sidebar <window> [<item>] <action-id>"),
         [this](const QStringList &args, const Done &done) {
             runMenu(args.at(0), args.mid(1, args.size() - 2), args.last(), done);

@@ -261,6 +261,7 @@ void HostScriptsTest::menusAreListedAndTriggered()
     const Run result = run(QStringLiteral(R"S(open hosttest:///
 wait-for loaded last
 menu item last a.txt
+menu-shot "$ROOT/../menu.png" item last a.txt
 menu-trigger item last a.txt copy
 menu-trigger blank last paste
 wait-for item last "a (1).txt"
@@ -273,10 +274,15 @@ menu-trigger item last nothing copy
 )S"));
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errors.contains(QLatin1String("no item \"nothing\"")), qPrintable(result.errors));
-    // Only "menu" prints; what the triggers did shows in the files.
-    QCOMPARE(result.lines.size(), 1);
+    // Only "menu" and "menu-shot" print; what the triggers did shows in the files.
+    QCOMPARE(result.lines.size(), 2);
     QCOMPARE(values(at(QJsonDocument::fromJson(result.lines.at(0).toUtf8()).object(), "menu"), "id"),
         words("open|copy|cut|rename|move-to-trash|delete|hosttest-info"));
+    QCOMPARE(result.lines.at(1), result.lines.at(0));
+    // The picture is the menu as shown: a row per action.
+    const QImage shot(path("menu.png"));
+    QVERIFY(!shot.isNull());
+    QVERIFY(shot.height() > 7 * 16);
     QVERIFY(QFileInfo::exists(path("home/.local/share/Trash/files/a (1).txt")));
     QVERIFY(QFileInfo::exists(path("root/a.txt")));
 }

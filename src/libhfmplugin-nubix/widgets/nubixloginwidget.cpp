@@ -18,6 +18,8 @@ namespace hfmplugin_nubix {
 namespace {
 constexpr int kProductIconSize = 96;
 constexpr int kTileIconSize = 60;
+// Three tiles fit a narrow window; longer texts wrap inside.
+constexpr int kTileWidth = 200;
 
 // The application font's pixel size, also when the font was set in points.
 int appFontPixelSize()
@@ -136,6 +138,7 @@ QWidget *NubixLoginWidget::createFunctionWidget(const QString &icon, const QStri
 {
     auto *tile = new QWidget(this);
     tile->setObjectName(QStringLiteral("functionWidget"));
+    tile->setFixedWidth(kTileWidth);
     auto *layout = new QVBoxLayout(tile);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
@@ -153,7 +156,8 @@ QWidget *NubixLoginWidget::createFunctionWidget(const QString &icon, const QStri
     titleLabel->setFont(titleFont);
     titleLabel->setWordWrap(true);
     titleLabel->setAlignment(Qt::AlignCenter);
-    layout->addWidget(titleLabel, 0, Qt::AlignHCenter);
+    // Full width (centred text) so that wrapped lines get their height.
+    layout->addWidget(titleLabel);
 
     auto *descriptionLabel = new htk::TipLabel(description, tile);
     descriptionLabel->setObjectName(QStringLiteral("functionDescription"));
@@ -162,7 +166,7 @@ QWidget *NubixLoginWidget::createFunctionWidget(const QString &icon, const QStri
     descriptionLabel->setFont(tipFont);
     descriptionLabel->setWordWrap(true);
     descriptionLabel->setAlignment(Qt::AlignCenter);
-    layout->addWidget(descriptionLabel, 0, Qt::AlignHCenter);
+    layout->addWidget(descriptionLabel);
 
     // Icons and the title's colour follow the desktop's light or dark theme.
     auto refresh = [iconLabel, titleLabel, icon] {

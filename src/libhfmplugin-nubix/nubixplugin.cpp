@@ -7,6 +7,7 @@
 #include "file/cloudfilewatcher.h"
 #include "file/cloudproxyfileinfo.h"
 #include "ipc/nubixmessagehandler.h"
+#include "resources/nubixicons.h"
 
 #include <hfmbase/abstractdiriterator.h>
 #include <hfmbase/abstractfilewatcher.h>
@@ -77,13 +78,14 @@ void NubixPlugin::initialize()
         return;
     }
 
+    installIcons();
     const QIcon icon = QIcon::fromTheme(
         QStringLiteral("nubix-harddisk-symbolic"), QIcon::fromTheme(QStringLiteral("fbnubix-symbolic")));
     // A second registration is refused by the host with its own message; nothing to do about it here.
     hfmbase::UrlRoute::regScheme(Schemes::kNubix, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
     hfmbase::UrlRoute::regScheme(Schemes::kNubixLogin, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
 
-    // The welcome view for "nubix-login" is registered here, before the cloud classes.
+    // NUBIX-GAP: the welcome view is registered here as the view of "nubix-login".
 
     // The host keeps no "nubix" infos or watchers: what they describe moves
     // whenever the sync root does.
@@ -93,8 +95,10 @@ void NubixPlugin::initialize()
     hfmbase::WatcherCache::instance().setCacheDisbale(Schemes::kNubix, true);
     hfmbase::WatcherFactory::regClass<CloudFileWatcher>(Schemes::kNubix);
 
-    // The computer-view entry is registered here.
-    // EventsHandler installs its event filters and subscriptions here.
+    // NUBIX-GAP: the computer-view entry is registered here (entry suffix "nubix").
+
+    EventsHandler::instance()->installEventsFilter();
+    EventsHandler::instance()->subscribeEvents();
 
     auto *translator = new QTranslator(this);
     translator->load(QLocale(), QStringLiteral("hfmplugin-nubix"), QStringLiteral("_"), kTranslationsDir);
@@ -108,14 +112,31 @@ bool NubixPlugin::start()
         return false;
     }
 
-    // The registrations with the five host plug-ins go here, through doRegStuff.
+    EventsHandler *handler = EventsHandler::instance();
+    doRegStuff(QStringLiteral("hfmplugin-workspace"), [handler] {
+        handler->regTopWidget();
+        handler->regFileView();
+    });
+    doRegStuff(QStringLiteral("hfmplugin-computer"), [handler] {
+        handler->addToComputer();
+        handler->bindMenuScene();
+    });
+    doRegStuff(QStringLiteral("hfmplugin-sidebar"), [handler] { handler->updateSidebarItem(); });
+    doRegStuff(QStringLiteral("hfmplugin-emblem"), [handler] { handler->hookOperations(); });
+    doRegStuff(QStringLiteral("hfmplugin-titlebar"), [handler] { handler->disableTitleBarViewType(); });
 
     // The cache first, so that the summary read from disk is in place before
     // the first answer can arrive.
     NubixCaches::instance();
     NubixMessageHandler::instance();
 
-    // The cache's syncInfoUpdated and syncRootChanged are connected to EventsHandler here.
+    connect(NubixCaches::instance(), &NubixCaches::syncInfoUpdated, handler, &EventsHandler::updateSidebarItem);
+    connect(NubixCaches::instance(), &NubixCaches::syncRootChanged, this, [handler](const QString &root) {
+        if (root.isEmpty())
+            handler->cdNubixLogin();
+        else
+            handler->cdNubixRoot();
+    });
 
     NubixMessageHandler::instance()->tryConnect();
 
@@ -174,7 +195,7 @@ void NubixPlugin::refreshSidebarItem()
         EventsHandler::instance()->removeSidebarItem();
         return;
     }
-    // A supported host gets its item refreshed here once EventsHandler updates sidebar items.
+    EventsHandler::instance()->updateSidebarItem();
 }
 
 }   // namespace hfmplugin_nubix

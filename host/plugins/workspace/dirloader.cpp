@@ -137,7 +137,10 @@ struct DirLoader::Job : public QRunnable
             }
             if (!showHidden && info->isHidden())
                 continue;
-            batch.append(makeItem(info, fileUrl.isValid() ? fileUrl : iterator->fileUrl()));
+            // A scheme's iterator may walk a local folder and return its
+            // local URLs from next(); the entry's own URL is fileUrl().
+            const QUrl itemUrl = iterator->fileUrl();
+            batch.append(makeItem(info, itemUrl.isValid() ? itemUrl : fileUrl));
             const int limit = first ? kFirstBatchSize : kBatchSize;
             const qint64 interval = first ? kFirstBatchMs : kBatchMs;
             if (batch.size() >= limit || clock.elapsed() >= interval)

@@ -8,8 +8,12 @@
 #include "file/cloudproxyfileinfo.h"
 #include "ipc/nubixmessagehandler.h"
 #include "resources/nubixicons.h"
+#include "widgets/nubixentryentity.h"
+#include "widgets/nubixloginwidget.h"
 
+#include <hfmbase/abstractbaseview.h>
 #include <hfmbase/abstractdiriterator.h>
+#include <hfmbase/abstractentryfileentity.h>
 #include <hfmbase/abstractfilewatcher.h>
 #include <hfmbase/filemanagerwindow.h>
 #include <hfmbase/filemanagerwindowsmanager.h>
@@ -85,7 +89,7 @@ void NubixPlugin::initialize()
     hfmbase::UrlRoute::regScheme(Schemes::kNubix, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
     hfmbase::UrlRoute::regScheme(Schemes::kNubixLogin, QStringLiteral("/"), icon, true, tr("Kelo Drive"));
 
-    // NUBIX-GAP: the welcome view is registered here as the view of "nubix-login".
+    hfmbase::ViewFactory::regClass<NubixLoginWidget>(Schemes::kNubixLogin);
 
     // The host keeps no "nubix" infos or watchers: what they describe moves
     // whenever the sync root does.
@@ -95,7 +99,7 @@ void NubixPlugin::initialize()
     hfmbase::WatcherCache::instance().setCacheDisbale(Schemes::kNubix, true);
     hfmbase::WatcherFactory::regClass<CloudFileWatcher>(Schemes::kNubix);
 
-    // NUBIX-GAP: the computer-view entry is registered here (entry suffix "nubix").
+    hfmbase::EntryEntityFactory::regClass<NubixEntryEntity>(QStringLiteral("nubix"));
 
     EventsHandler::instance()->installEventsFilter();
     EventsHandler::instance()->subscribeEvents();

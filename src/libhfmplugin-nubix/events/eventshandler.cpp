@@ -3,8 +3,11 @@
 
 #include "caches/nubixcaches.h"
 #include "ipc/nubixmessagehandler.h"
+#include "menus/nubixentrymenuscene.h"
+#include "menus/nubixfilemenuscene.h"
 #include "nubixglobal.h"
 #include "utils/nubixutils.h"
+#include "widgets/nubixtitlewidget.h"
 
 #include <hfmbase/abstractmenuscene.h>
 #include <hfmbase/filemanagerwindow.h>
@@ -129,9 +132,9 @@ void EventsHandler::regFileView()
 
 void EventsHandler::regTopWidget()
 {
-    // NUBIX-GAP: the banner widget class replaces this placeholder.
-    hfmbase::TopWidCreator creator = []() -> QWidget * { return new QWidget; };
-    hfmbase::TopWidShowFunc showFunc = [](QWidget *widget, const QUrl &) -> bool { return widget != nullptr; };
+    hfmbase::TopWidCreator creator = []() -> QWidget * { return new NubixTitleWidget; };
+    hfmbase::TopWidShowFunc showFunc
+        = [](QWidget *widget, const QUrl &) -> bool { return qobject_cast<NubixTitleWidget *>(widget) != nullptr; };
 
     QVariantMap property;
     property.insert(QStringLiteral("Property_Key_Scheme"), Schemes::kNubix);
@@ -151,7 +154,16 @@ void EventsHandler::addToComputer()
 
 void EventsHandler::bindMenuScene()
 {
-    // NUBIX-GAP: the entry and file menu creators are registered here.
+    hpf::EventChannelManager *channel = hpf::channel();
+    // The menu plug-in takes ownership of the creators.
+    channel->push(kMenuSpace, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("NubixEntryMenu"),
+        static_cast<hfmbase::AbstractSceneCreator *>(new NubixEntryMenuCreator));
+    channel->push(kMenuSpace, QStringLiteral("slot_MenuScene_Bind"), QStringLiteral("NubixEntryMenu"),
+        QStringLiteral("ComputerMenu"));
+    channel->push(kMenuSpace, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("NubixFileMenu"),
+        static_cast<hfmbase::AbstractSceneCreator *>(new NubixFileMenuCreator));
+    channel->push(
+        kWorkspaceSpace, QStringLiteral("slot_RegisterMenuScene"), Schemes::kNubix, QStringLiteral("NubixFileMenu"));
 }
 
 void EventsHandler::hookOperations()

@@ -12,8 +12,10 @@ using hfmbase::InfoCache;
 using hfmbase::InfoFactory;
 using hfmbase::ProxyFileInfo;
 
-Q_DECLARE_METATYPE(std::function<QVariant(const FileInfo &)>)
+// Declared under the alias: Qt's normalisation of a function type's name is not
+// stable (normalising it twice differs), which a debug build asserts on.
 using Query = std::function<QVariant(const FileInfo &)>;
+Q_DECLARE_METATYPE(Query)
 
 namespace {
 

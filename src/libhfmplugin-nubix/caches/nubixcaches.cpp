@@ -267,6 +267,12 @@ void NubixCaches::saveCache()
     settings.setValue(kKeyQuota, userCopy.quota);
     settings.setValue(kKeySizeTotal, userCopy.total);
     settings.setValue(kKeySizeUsed, userCopy.used);
+    // A full or read-only home must not go unnoticed; the state stays in
+    // memory and the next save tries again.
+    settings.sync();
+    if (settings.status() != QSettings::NoError)
+        nubixWarning() << "NubixCaches: Cannot write the cache file" << cachePath()
+                       << "- keeping the summary in memory";
 }
 
 }   // namespace hfmplugin_nubix

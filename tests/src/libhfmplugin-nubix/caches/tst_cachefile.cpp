@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
@@ -89,6 +90,7 @@ private Q_SLOTS:
     void accountFiguresAloneDoNotSave();
     void nextStartReadsSummaryBackAsUnconfirmed_data();
     void nextStartReadsSummaryBackAsUnconfirmed();
+    void unwritableFileIsLoggedAndStateKept();
 };
 
 void TestCacheFile::init()
@@ -215,6 +217,35 @@ void TestCacheFile::nextStartReadsSummaryBackAsUnconfirmed()
     answer(syncInfo(root, inited, isPublic));
     QCOMPARE(updated.count(), 1);
     QVERIFY(!next.syncInfo().isDisconnected);
+}
+
+void TestCacheFile::unwritableFileIsLoggedAndStateKept()
+{
+    // A file where the cache's folder should be: nobody, not even root, can
+    // write there, as in a full or read-only home.
+    const QString dir = QFileInfo(NubixCaches::cachePath()).absolutePath();
+    QDir(dir).removeRecursively();
+    QDir().mkpath(QFileInfo(dir).absolutePath());
+    {
+        QFile blocker(dir);
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+    }
+    struct Restore
+    {
+        QString dir;
+        ~Restore() { QFile::remove(dir); }
+    } restore {dir};
+
+    const QRegularExpression logLine(QStringLiteral("^NubixCaches: Cannot write the cache file"));
+    NubixCaches caches;
+    answer(syncInfo(QStringLiteral("/new"), true, true));
+    QTest::ignoreMessage(QtWarningMsg, logLine);
+    caches.saveCache();
+    QCOMPARE(caches.syncRoot(), QStringLiteral("/new"));
+    QVERIFY(QFileInfo(dir).isFile());
+    saveTimer(caches)->stop();
+    // The save at the end fails the same way.
+    QTest::ignoreMessage(QtWarningMsg, logLine);
 }
 
 QTEST_GUILESS_MAIN(TestCacheFile)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up a fresh machine, builds everything and runs every test:
-# the unit and integration tests, the ThreadSanitizer stress tests and a
-# short fuzzing run.
+# the unit and integration tests, the ThreadSanitizer stress tests, the
+# whole suite again under AddressSanitizer and UBSan, and a short fuzzing run.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 cd "$here"
@@ -17,4 +17,5 @@ cmake --build "$build" -j "$jobs"
 (cd "$build" && QT_QPA_PLATFORM=offscreen ctest -j "$jobs" --output-on-failure -LE 'tsan')
 
 if [ -x scripts/run-tsan-tests.sh ]; then bash scripts/run-tsan-tests.sh; fi
+if [ -x scripts/run-asan-tests.sh ]; then bash scripts/run-asan-tests.sh; fi
 if [ -x scripts/run-fuzz.sh ]; then bash scripts/run-fuzz.sh 60; fi

@@ -23,6 +23,8 @@ class NubixTitleWidget : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY(NubixTitleWidget)
+    // The status icon's theme name, for automation and accessibility tools.
+    Q_PROPERTY(QString iconName READ iconName)
 public:
     explicit NubixTitleWidget(QWidget *parent = nullptr);
     ~NubixTitleWidget() override;

@@ -1,0 +1,346 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The drive's faces from a user's side: the file manager with the plug-in
+// and the simulator, both as processes under a temporary HOME. The file
+// manager runs one automation script; the simulator logs what reached it.
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+bool writeFile(const QString &path, const QByteArray &data)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
+}
+
+QStringList strings(std::initializer_list<const char *> texts)
+{
+    QStringList list;
+    for (const char *text : texts)
+        list << QString::fromUtf8(text);
+    return list;
+}
+
+// The ids of the visible actions of every menu the script printed, in order.
+QStringList menus(const QString &output)
+{
+    QStringList result;
+    const QStringList lines = output.split(QLatin1Char('\n'));
+    for (const QString &line : lines) {
+        const QJsonObject object = QJsonDocument::fromJson(line.toUtf8()).object();
+        if (!object.contains(QStringLiteral("menu")))
+            continue;
+        QStringList ids;
+        const QJsonArray actions = object.value(QStringLiteral("menu")).toArray();
+        for (const QJsonValue &action : actions) {
+            if (action.toObject().value(QStringLiteral("visible")).toBool())
+                ids << action.toObject().value(QStringLiteral("id")).toString();
+        }
+        result << ids.join(QLatin1Char(' '));
+    }
+    return result;
+}
+
+}   // namespace
+
+class TestNubixUiEndToEnd : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void computerViewShowsTheDrive_data();
+    void computerViewShowsTheDrive();
+    void activatingTheEntry_data();
+    void activatingTheEntry();
+    void menusByClientState_data();
+    void menusByClientState();
+    void menuActionsReachTheClient();
+    void bannerStatesAndLinks();
+    void welcomeButtonStartsAndConnects();
+
+private:
+    QString path(const QString &relative) const { return QDir(tmp->path()).filePath(relative); }
+    QString root() const { return path(QStringLiteral("Kelo Drive")); }
+    QProcessEnvironment environment() const;
+    bool startSimulator(const QStringList &arguments);
+    void simulator(const QByteArray &commands) { sim.write(commands); }
+    // Runs a whole file-manager script; returns its exit code.
+    int runFileManager(const QString &script, int timeoutMs = 60000);
+
+    std::unique_ptr<QTemporaryDir> tmp;
+    QProcess sim;
+    QString fmOutput;
+    QString fmErrors;
+};
+
+QProcessEnvironment TestNubixUiEndToEnd::environment() const
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), path(QStringLiteral("home")));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("home/.local/share")));
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("home/.config")));
+    env.insert(QStringLiteral("PATH"),
+        QFileInfo(QStringLiteral(HDE_FM_BINARY)).path() + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    env.insert(QStringLiteral("QT_LOGGING_RULES"),
+        QStringLiteral("*.debug=false;*.info=false;org.sablo.kelodrive.sim.info=true"));
+    env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
+    return env;
+}
+
+void TestNubixUiEndToEnd::init()
+{
+    tmp.reset(new QTemporaryDir);
+    QVERIFY(tmp->isValid());
+    QVERIFY(QDir().mkpath(path(QStringLiteral("home/.local/share"))));
+    QVERIFY(writeFile(root() + QStringLiteral("/a.txt"), "a"));
+    fmOutput.clear();
+    fmErrors.clear();
+}
+
+void TestNubixUiEndToEnd::cleanup()
+{
+    if (sim.state() != QProcess::NotRunning) {
+        sim.write("quit\n");
+        if (!sim.waitForFinished(5000))
+            sim.kill();
+        sim.waitForFinished();
+    }
+}
+
+bool TestNubixUiEndToEnd::startSimulator(const QStringList &arguments)
+{
+    sim.setProcessEnvironment(environment());
+    sim.setProcessChannelMode(QProcess::SeparateChannels);
+    sim.start(QStringLiteral(KELODRIVE_SIM_EXE), arguments);
+    if (!sim.waitForStarted())
+        return false;
+    return QTest::qWaitFor([this] { return sim.canReadLine() || sim.state() == QProcess::NotRunning; }, 10000)
+        && sim.readLine().startsWith("port ");
+}
+
+int TestNubixUiEndToEnd::runFileManager(const QString &script, int timeoutMs)
+{
+    QProcess fm;
+    fm.setProcessEnvironment(environment());
+    fm.start(QStringLiteral(HDE_FM_BINARY), {QStringLiteral("--script"), QStringLiteral("-")});
+    if (!fm.waitForStarted())
+        return -1;
+    fm.write(QString(script).replace(QStringLiteral("$ROOT"), root()).toUtf8());
+    fm.write("quit\n");
+    fm.closeWriteChannel();
+    if (!QTest::qWaitFor([&fm] { return fm.state() == QProcess::NotRunning; }, timeoutMs)) {
+        fm.kill();
+        fm.waitForFinished();
+    }
+    fmOutput = QString::fromUtf8(fm.readAllStandardOutput());
+    fmErrors = QString::fromUtf8(fm.readAllStandardError());
+    return fm.exitStatus() == QProcess::NormalExit ? fm.exitCode() : -1;
+}
+
+void TestNubixUiEndToEnd::computerViewShowsTheDrive_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("checks");
+
+    const QString entry = QStringLiteral("computer/groups/[name=Disks]/entries/[name=Kelo Drive]");
+    QTest::newRow("quota: used and total on a bar")
+        << strings({"--used", "5368709120", "--total", "107374182400", "--quota", "107374182400"})
+        << QStringLiteral("wait-for state \"%1/sizeUsage\" 5368709120 15000\n"
+                          "expect \"%1/sizeTotal\" 107374182400\nexpect \"%1/showProgress\" true\n"
+                          "expect \"%1/description\" \"\"\nexpect \"%1/order\" 3\n"
+                          "expect \"%1/icon\" nubix-harddisk-individual\n")
+               .arg(entry);
+    QTest::newRow("no fixed quota: the used space line")
+        << strings({"--used", "1073741824", "--quota", "-3"})
+        << QStringLiteral("wait-for state \"%1/description\" \"Used space 1024.0 MB\" 15000\n"
+                          "expect \"%1/showProgress\" false\nexpect \"%1/showUsageSize\" false\n")
+               .arg(entry);
+    QTest::newRow("enterprise account icon") << strings(
+        {"--enterprise"}) << QStringLiteral("wait-for state \"%1/icon\" nubix-harddisk-enterprise 15000\n").arg(entry);
+}
+
+void TestNubixUiEndToEnd::computerViewShowsTheDrive()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, checks);
+    QVERIFY(startSimulator(QStringList {QStringLiteral("--root"), root()} + arguments));
+    // The entry reads the cache when the view repaints; revisiting repaints it.
+    const QString script = QStringLiteral("open nubix:///\nwait-for url last nubix:/// 15000\n"
+                                          "cd last computer:///\nwait-for url last computer:///\n")
+        + checks;
+    QVERIFY2(runFileManager(script) == 0, qPrintable(fmErrors.right(300)));
+    QVERIFY2(fmErrors.isEmpty() || !fmErrors.contains(QLatin1String("script line")), qPrintable(fmErrors.right(300)));
+}
+
+void TestNubixUiEndToEnd::activatingTheEntry_data()
+{
+    QTest::addColumn<bool>("withRoot");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("root ready: the tree") << true << "nubix:///";
+    QTest::newRow("no root: the welcome page") << false << "nubix-login:///";
+}
+
+void TestNubixUiEndToEnd::activatingTheEntry()
+{
+    QFETCH(bool, withRoot);
+    QFETCH(QString, target);
+    QVERIFY(startSimulator(
+        withRoot ? QStringList {QStringLiteral("--root"), root()} : QStringList {QStringLiteral("--no-root")}));
+    const QString script = QStringLiteral("open nubix-login:///\nwait 1500\ncd last computer:///\n"
+                                          "wait-for url last computer:///\nactivate last \"Kelo Drive\"\n"
+                                          "wait-for url last %1 15000\n")
+                               .arg(target);
+    QVERIFY2(runFileManager(script) == 0, qPrintable(fmErrors.right(300)));
+}
+
+void TestNubixUiEndToEnd::menusByClientState_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("ids");
+
+    const QString open = QStringLiteral("nubix-open nubix-open-in-win");
+    const QString pages = QStringLiteral(" nubix-open-main-panel nubix-sync-detail nubix-trash-bin");
+    QTest::newRow("public account, syncing")
+        << strings({"--root", "$ROOT"})
+        << open + pages + QStringLiteral(" nubix-sync-pause nubix-upgrade-enterprise nubix-settings");
+    QTest::newRow("paused: resume, not pause")
+        << strings({"--root", "$ROOT", "--paused"})
+        << open + pages + QStringLiteral(" nubix-sync-resume nubix-upgrade-enterprise nubix-settings");
+    QTest::newRow("enterprise: no upgrade") << strings({"--root", "$ROOT", "--enterprise"})
+                                            << open + pages + QStringLiteral(" nubix-sync-pause nubix-settings");
+    QTest::newRow("root not ready: open only") << strings({"--no-root"}) << open;
+}
+
+void TestNubixUiEndToEnd::menusByClientState()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, ids);
+    arguments.replaceInStrings(QStringLiteral("$ROOT"), root());
+    QVERIFY(startSimulator(arguments));
+    // The entry's menu and the sidebar item's menu are the same scene.
+    const QString script = QStringLiteral("open computer:///\nwait 2000\nmenu entry last \"Kelo Drive\"\n"
+                                          "menu sidebar last \"Kelo Drive\"\n");
+    QVERIFY2(runFileManager(script) == 0, qPrintable(fmErrors.right(300)));
+    QCOMPARE(menus(fmOutput), (QStringList {ids, ids}));
+}
+
+void TestNubixUiEndToEnd::menuActionsReachTheClient()
+{
+    QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+    const QString script = QStringLiteral(R"(open computer:///
+wait 2000
+menu-trigger entry last "Kelo Drive" nubix-open-main-panel
+menu-trigger entry last "Kelo Drive" nubix-sync-detail
+menu-trigger entry last "Kelo Drive" nubix-trash-bin
+menu-trigger entry last "Kelo Drive" nubix-settings
+menu-trigger entry last "Kelo Drive" nubix-sync-pause
+wait 1500
+menu-trigger entry last "Kelo Drive" nubix-sync-resume
+wait 1000
+menu-trigger entry last "Kelo Drive" nubix-open-in-win
+wait-for windows 2 10000
+wait-for url last nubix:/// 10000
+cd first computer:///
+menu-trigger entry first "Kelo Drive" nubix-open
+wait-for url first nubix:/// 10000
+)");
+    QVERIFY2(runFileManager(script) == 0, qPrintable(fmErrors.right(300)));
+    QString log;
+    (void)QTest::qWaitFor([&] {
+        log += QString::fromUtf8(sim.readAllStandardError());
+        return log.contains(QLatin1String("type=setting"));
+    });
+    const QStringList navigated = log.split(QLatin1Char('\n')).filter(QStringLiteral("navigate to page"));
+    QCOMPARE(navigated.size(), 4);
+    QVERIFY(navigated.at(0).endsWith(QLatin1String("type=home args=fileDocs")));
+    QVERIFY(navigated.at(1).endsWith(QLatin1String("type=sync args=syncList")));
+    QVERIFY(navigated.at(2).endsWith(QLatin1String("type=home args=fileRecycle")));
+    QVERIFY(navigated.at(3).contains(QLatin1String("type=setting")));
+}
+
+void TestNubixUiEndToEnd::bannerStatesAndLinks()
+{
+    QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+    const QString top = QStringLiteral("windows/0/tabs/0/top");
+    // Commands for the simulator are given by the test between two runs of waits;
+    // one script is enough here because each state is reached through a link.
+    const QString script = QStringLiteral(R"(open nubix:///
+wait-for url last nubix:/// 15000
+wait-for state %1/icon fbnubix_drive_done 15000
+expect %1/text "Files have been synchronized"
+menu-trigger sidebar last "Kelo Drive" nubix-sync-pause
+wait-for state %1/icon fbnubix_drive_pause 10000
+expect %1/links '["SyncContinue"]'
+top-link last SyncContinue
+wait-for state %1/icon fbnubix_drive_done 10000
+)")
+                               .arg(top);
+    QVERIFY2(runFileManager(script) == 0, qPrintable(fmErrors.right(300)));
+
+    // Priority: paused and out of local space shows the pause; the network next.
+    simulator("pause\nlocal-space low\n");
+    QVERIFY2(runFileManager(QStringLiteral(R"(open nubix:///
+wait-for state %1/icon fbnubix_drive_pause 15000
+)")
+                                .arg(top))
+            == 0,
+        qPrintable(fmErrors.right(300)));
+    simulator("resume\noffline\n");
+    QVERIFY2(runFileManager(QStringLiteral(R"(open nubix:///
+wait-for state %1/text "Insufficient local disk space, some files cannot be synchronized" 15000
+)")
+                                .arg(top))
+            == 0,
+        qPrintable(fmErrors.right(300)));
+    simulator("local-space ok\n");
+    QVERIFY2(runFileManager(QStringLiteral(R"(open nubix:///
+wait-for state %1/icon fbnubix_network_error 15000
+)")
+                                .arg(top))
+            == 0,
+        qPrintable(fmErrors.right(300)));
+
+    // The client stops: the banner asks to start it, whatever the flags said.
+    simulator("online\nquit\n");
+    QVERIFY(sim.waitForFinished(10000));
+    QVERIFY2(runFileManager(QStringLiteral(R"(open nubix:///
+wait 1500
+wait-for state %1/icon fbnubix_drive_pause 15000
+expect %1/links '["LaunchApp"]'
+)")
+                                .arg(top))
+            == 0,
+        qPrintable(fmErrors.right(300)));
+}
+
+void TestNubixUiEndToEnd::welcomeButtonStartsAndConnects()
+{
+    QVERIFY(startSimulator({QStringLiteral("--no-root")}));
+    const QString script = QStringLiteral(R"(open nubix-login:///
+wait-for url last nubix-login:/// 10000
+expect windows/0/tabs/0/view/buttons '["Open Kelo Drive"]'
+click last "Open Kelo Drive"
+wait 1000
+)");
+    QVERIFY2(runFileManager(script) == 0, qPrintable(fmErrors.right(300)));
+    QString log;
+    QVERIFY(QTest::qWaitFor([&] {
+        log += QString::fromUtf8(sim.readAllStandardError());
+        return log.contains(QLatin1String("runs plug-in version"));
+    }));
+}
+
+QTEST_GUILESS_MAIN(TestNubixUiEndToEnd)
+#include "tst_nubixuiendtoend.moc"

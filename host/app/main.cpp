@@ -37,6 +37,7 @@ int main(int argc, char *argv[])
     }
     const bool automation = !options.script.isEmpty();
 
+    hdeapp::installTranslations();
     hdeapp::chooseIconTheme();
     hdehost::registerHostMetaTypes();
     htk::MessageDialog::setAutomationMode(automation);

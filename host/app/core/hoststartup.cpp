@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QIcon>
+#include <QLocale>
+#include <QTranslator>
 
 #include <cstring>
 
@@ -64,15 +66,28 @@ bool parseArguments(const QStringList &arguments, StartupOptions *options, QStri
     return true;
 }
 
+namespace {
+
+// The folder at `relative` from the program's own folder, when it exists.
+// Relative, so that an installed program never looks into the tree it was
+// built in, and a relocated installation still finds its parts.
+QString besideProgram(const char *relative)
+{
+    const QString dir = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QString::fromUtf8(relative));
+    const QFileInfo info(dir);
+    return info.isDir() ? info.canonicalFilePath() : QString();
+}
+
+}   // namespace
+
 QStringList pluginDirectories(const QStringList &extra)
 {
     QStringList dirs;
-    const QString appDir = QFileInfo(QCoreApplication::applicationDirPath()).canonicalFilePath();
-    const QString buildDir = QFileInfo(QStringLiteral(HDE_APP_BUILD_DIR)).canonicalFilePath();
-    if (!appDir.isEmpty() && appDir == buildDir)
-        dirs.append(QStringLiteral(HDE_PLUGIN_BUILD_DIR));
-    else
-        dirs.append(QStringLiteral(HDE_PLUGIN_INSTALL_PATH));
+    QString own = besideProgram(HDE_PLUGIN_INSTALL_RELPATH);
+    if (own.isEmpty())
+        own = besideProgram(HDE_PLUGIN_BUILD_RELPATH);
+    if (!own.isEmpty())
+        dirs.append(own);
     const QStringList fromEnvironment
         = qEnvironmentVariable("HDE_PLUGIN_DIRS").split(QLatin1Char(':'), Qt::SkipEmptyParts);
     for (const QString &dir : fromEnvironment + extra) {
@@ -81,6 +96,21 @@ QStringList pluginDirectories(const QStringList &extra)
             dirs.append(absolute);
     }
     return dirs;
+}
+
+void installTranslations()
+{
+    QString dir = besideProgram(HDE_TRANSLATIONS_INSTALL_RELPATH);
+    if (dir.isEmpty())
+        dir = besideProgram(HDE_TRANSLATIONS_BUILD_RELPATH);
+    if (dir.isEmpty())
+        return;
+    auto *translator = new QTranslator(QCoreApplication::instance());
+    // Without a translation for the locale the texts stay as written.
+    if (translator->load(QLocale(), QStringLiteral("hde-file-manager"), QStringLiteral("_"), dir))
+        QCoreApplication::installTranslator(translator);
+    else
+        delete translator;
 }
 
 QList<QUrl> startUrls(const QStringList &locations, QStringList *rejected)

@@ -22,9 +22,13 @@ QString versionLine();
 bool wantsVersion(int argc, char **argv);
 // False, with a reason, for unknown options or missing values.
 bool parseArguments(const QStringList &arguments, StartupOptions *options, QString *error);
-// The build tree's plug-in folder when running from the build tree, else
-// the installed one; then HDE_PLUGIN_DIRS (colon-separated); then `extra`.
+// The installed plug-in folder beside the program (or the build tree's one
+// when the program runs from there); then HDE_PLUGIN_DIRS (colon-separated);
+// then `extra`.
 QStringList pluginDirectories(const QStringList &extra);
+// Installs the host's translation for the system locale, found beside the
+// program like the plug-ins.
+void installTranslations();
 // The URLs to open; the computer view when none is given. Unusable
 // locations are reported in `rejected`.
 QList<QUrl> startUrls(const QStringList &locations, QStringList *rejected);

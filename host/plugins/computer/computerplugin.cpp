@@ -93,11 +93,12 @@ void ComputerPlugin::initialize()
     hpf::channel()->connect(Space::kComputer, Topic::kComputerItemAdd, this, &ComputerPlugin::addItem);
 
     ComputerStore *store = ComputerStore::instance();
-    const QString folders = groupName("My Directories");
+    const QString folders = groupName(QT_TRANSLATE_NOOP("hfmplugin_computer::ComputerItemWatcher", "My Directories"));
     const QList<QUrl> userDirs = UserDirEntity::existingEntries();
     for (const QUrl &url : userDirs)
         store->add(folders, url, ComputerEntry::kSmall, false);
-    store->add(groupName("Disks"), QUrl(QStringLiteral("entry:///root.localdisk")), ComputerEntry::kLarge, false);
+    store->add(groupName(QT_TRANSLATE_NOOP("hfmplugin_computer::ComputerItemWatcher", "Disks")),
+        QUrl(QStringLiteral("entry:///root.localdisk")), ComputerEntry::kLarge, false);
     // Entities of other plug-ins go while every library is still whole.
     connect(qApp, &QCoreApplication::aboutToQuit, store, &ComputerStore::clear);
     inspector = new ComputerInspector;

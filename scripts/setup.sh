@@ -10,6 +10,7 @@ packages=(
     clang libclang-rt-14-dev
     xvfb xauth procps
     adwaita-icon-theme hicolor-icon-theme
+    debhelper dpkg-dev lintian locales
 )
 
 missing=()

@@ -69,6 +69,9 @@ QList<Message> readTs(const QString &path)
             messages.append(current);
         }
     }
+    // A file that does not parse must not pass as one without problems.
+    if (xml.hasError())
+        messages.append(Message {QStringLiteral("<unreadable>"), xml.errorString(), {}, QStringLiteral("broken")});
     return messages;
 }
 
@@ -123,7 +126,7 @@ void TestTranslations::everyTextTranslated()
         QStringList {QStringLiteral("-silent"), QStringLiteral("-locations"), QStringLiteral("none")} + scan
             + QStringList {QStringLiteral("-ts"), copy});
     QVERIFY(lupdate.waitForFinished(60000));
-    QCOMPARE(lupdate.exitCode(), 0);
+    QVERIFY2(lupdate.exitCode() == 0, lupdate.readAllStandardError().constData());
 
     const QList<Message> messages = readTs(copy);
     QVERIFY(!messages.isEmpty());
@@ -148,7 +151,9 @@ void TestTranslations::markupKept()
     QStringList problems;
     const QList<Message> messages = readTs(tsFile);
     for (const Message &m : messages) {
-        if (m.type.isEmpty() && structure(m.source) != structure(m.translation))
+        if (!m.type.isEmpty())
+            problems.append(QStringLiteral("%1 (%2): \"%3\"").arg(m.type, m.context, m.source));
+        else if (structure(m.source) != structure(m.translation))
             problems.append(QStringLiteral("%1: \"%2\" -> \"%3\"").arg(m.context, m.source, m.translation));
     }
     QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));

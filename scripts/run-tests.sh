@@ -19,3 +19,5 @@ cmake --build "$build" -j "$jobs"
 if [ -x scripts/run-tsan-tests.sh ]; then bash scripts/run-tsan-tests.sh; fi
 if [ -x scripts/run-asan-tests.sh ]; then bash scripts/run-asan-tests.sh; fi
 if [ -x scripts/run-fuzz.sh ]; then bash scripts/run-fuzz.sh 60; fi
+# The Debian packages installed, used and purged (root only; skipped otherwise).
+bash scripts/package-test.sh

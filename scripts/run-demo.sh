@@ -137,7 +137,7 @@ fm() {
 last_line() { grep -v '^@done' "$out" | tail -n 1; }
 # shows TEXT: whether the current tab of the window lists an item named TEXT.
 shows() {
-    fm "state windows/-1/tabs/[current=true]/view/items"
+    fm "state windows/-1/tabs"
     last_line | grep -qF "\"name\":\"$1\""
 }
 step=0

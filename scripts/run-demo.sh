@@ -16,7 +16,7 @@ set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 cd "$here"
 
-bash scripts/setup.sh
+bash scripts/setup.sh --demo
 
 build=${NUBIX_BUILD_DIR:-$here/build-demo}
 echo "run-demo: building in $build (the first time takes a while)"

@@ -1,17 +1,22 @@
 #!/usr/bin/env bash
-# Installs every Debian package the project needs to build, test and run.
-# Safe to run again; works as root or through sudo.
+# Installs every Debian package the project needs to build, test and run;
+# with --demo only those that scripts/run-demo.sh needs. Calls apt only when
+# something is missing. Safe to run again; works as root or through sudo.
 set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config git
     qtbase5-dev qtbase5-dev-tools libqt5svg5-dev qttools5-dev qttools5-dev-tools
-    libbenchmark-dev
-    clang libclang-rt-14-dev
     xvfb xauth procps
     adwaita-icon-theme hicolor-icon-theme
-    debhelper dpkg-dev lintian locales
 )
+if [ "${1:-}" != --demo ]; then
+    packages+=(
+        libbenchmark-dev
+        clang libclang-rt-14-dev
+        debhelper dpkg-dev lintian locales
+    )
+fi
 
 missing=()
 for p in "${packages[@]}"; do

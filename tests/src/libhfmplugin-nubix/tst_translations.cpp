@@ -137,6 +137,10 @@ void TestTranslations::everyTextTranslated()
         else if (m.translation.trimmed().isEmpty())
             problems.append(QStringLiteral("empty (%1): \"%2\"").arg(m.context, m.source));
     }
+    if (!problems.isEmpty())
+        problems.prepend(QStringLiteral("%1 needs work: build the target hfmplugin-nubix-translations-lupdate "
+                                        "(or hde-file-manager-translations-lupdate) and translate:")
+                             .arg(QFileInfo(tsFile).fileName()));
     QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
 }
 

@@ -19,6 +19,32 @@ Ihre Dateien werden auf allen Ihren Geräten synchronisiert.</translation>
     </message>
 </context>
 <context>
+    <name>hfmplugin_computer::ComputerItemWatcher</name>
+    <message>
+        <source>Disks</source>
+        <translation>Laufwerke</translation>
+    </message>
+</context>
+<context>
+    <name>hfmplugin_nubix::EventsHandler</name>
+    <message>
+        <source>Kelo Drive</source>
+        <translation>Kelo Drive</translation>
+    </message>
+    <message>
+        <source>Open failed</source>
+        <translation>Öffnen fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>The file has not finished synchronization, please keep the Kelo Drive running normally and open it after the synchronization is completed.</source>
+        <translation>Die Datei ist noch nicht vollständig synchronisiert. Bitte lassen Sie Kelo Drive weiterlaufen und öffnen Sie die Datei, sobald die Synchronisierung abgeschlossen ist.</translation>
+    </message>
+    <message>
+        <source>Confirm</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
     <name>hfmplugin_nubix::NubixEntryEntity</name>
     <message>
         <source>Kelo Drive</source>

@@ -19,6 +19,32 @@ Your files will be synchronized across multiple devices.</source>
     </message>
 </context>
 <context>
+    <name>hfmplugin_computer::ComputerItemWatcher</name>
+    <message>
+        <source>Disks</source>
+        <translation>磁盘</translation>
+    </message>
+</context>
+<context>
+    <name>hfmplugin_nubix::EventsHandler</name>
+    <message>
+        <source>Kelo Drive</source>
+        <translation>Kelo Drive</translation>
+    </message>
+    <message>
+        <source>Open failed</source>
+        <translation>打开失败</translation>
+    </message>
+    <message>
+        <source>The file has not finished synchronization, please keep the Kelo Drive running normally and open it after the synchronization is completed.</source>
+        <translation>文件尚未完成同步，请保持 Kelo Drive 正常运行，待同步完成后再打开。</translation>
+    </message>
+    <message>
+        <source>Confirm</source>
+        <translation>确定</translation>
+    </message>
+</context>
+<context>
     <name>hfmplugin_nubix::NubixEntryEntity</name>
     <message>
         <source>Kelo Drive</source>

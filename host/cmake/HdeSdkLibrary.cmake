@@ -16,6 +16,11 @@ function(hde_sdk_library name)
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     )
     target_link_libraries(${name} PUBLIC ${SDK_LIBS})
+    # A sanitized SDK needs the sanitizer runtime first in every program that
+    # uses it, including plug-ins built out of tree against the installed SDK.
+    if(NUBIX_ASAN)
+        target_link_options(${name} INTERFACE -fsanitize=address,undefined)
+    endif()
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -4,7 +4,7 @@
 // sizes: below 64 every read has that many bytes plus one, otherwise the
 // sizes vary from 1 to 512, drawn from a generator seeded with that byte.
 // Besides crashes and sanitizer reports, it stops on messages that differ
-// from the decoded reads cut at every form feed.
+// from the bytes of the reads cut at every form feed, each decoded whole.
 #include "ipc/framesplitter.h"
 #include "ipc/nubixmessagehandler.h"
 
@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     FrameSplitter splitter;
     QStringList received;
-    QString decoded;
+    QByteArray taken;
     for (int at = 0; at < length;) {
         const QByteArray read(stream + at, qMin(sizes.next(), length - at));
         at += read.size();
@@ -72,11 +72,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             NubixMessageHandler::instance()->handleMessage(message);
         }
         const int end = read.indexOf('\0');
-        decoded += QString::fromUtf8(read.constData(), end < 0 ? read.size() : end);
+        taken += read.left(end < 0 ? read.size() : end);
     }
 
-    QStringList expected = decoded.split(QLatin1Char(FrameSplitter::kDelimiter));
-    const QString rest = expected.takeLast();
+    QList<QByteArray> parts = taken.split(FrameSplitter::kDelimiter);
+    const QByteArray rest = parts.takeLast();
+    QStringList expected;
+    for (const QByteArray &part : qAsConst(parts))
+        expected.append(QString::fromUtf8(part));
     if (received != expected || splitter.pending() != rest)
         std::abort();
 

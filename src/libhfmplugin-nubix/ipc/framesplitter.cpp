@@ -1,86 +1,83 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "framesplitter.h"
 
+#include "nubixglobal.h"
+
 #include <cstring>
 
 namespace hfmplugin_nubix {
 
 namespace {
-// Memory kept for reuse after a message is bounded, so that one huge message
-// does not pin its size for the life of the connection.
-constexpr int kMaxSpareCapacity = 32 * 1024 * 1024;
-
-bool isAscii(const char *data, int length)
-{
-    // Eight bytes at a time; the high bit of any byte marks non-ASCII.
-    quint64 bits = 0;
-    int i = 0;
-    for (; i + 8 <= length; i += 8) {
-        quint64 word;
-        std::memcpy(&word, data + i, sizeof word);
-        bits |= word;
-    }
-    for (; i < length; ++i)
-        bits |= uchar(data[i]);
-    return (bits & Q_UINT64_C(0x8080808080808080)) == 0;
-}
+// Capacity kept for the next message after a long one, so that one huge
+// message does not pin its size for the life of the connection.
+constexpr int kMaxKeptCapacity = 32 * 1024 * 1024;
 }   // namespace
 
 QStringList FrameSplitter::feed(const QByteArray &chunk)
 {
-    // memchr rather than QByteArray::indexOf, which looks at one byte at a time.
-    const void *zero = std::memchr(chunk.constData(), '\0', size_t(chunk.size()));
-    const int length = zero ? int(static_cast<const char *>(zero) - chunk.constData()) : chunk.size();
-
-    if (m_buffer.isEmpty() && !m_spare.isEmpty() && m_spare.isDetached()) {
-        // Writing into memory already in use is much cheaper than faulting in
-        // fresh pages for every large message.
-        m_buffer = std::move(m_spare);
-        m_spare = QString();
-        m_buffer.resize(0);
-    }
-
-    // Everything before `from` has been searched already and holds no delimiter.
-    const int from = m_buffer.size();
     const char *const data = chunk.constData();
-    // ASCII, the usual case, is its own UTF-8 decoding: it is widened in place
-    // and its delimiters are found in the bytes, one position per character.
-    const bool ascii = isAscii(data, length);
-    if (ascii)
-        m_buffer.append(QLatin1String(data, length));
-    else
-        m_buffer.append(QString::fromUtf8(data, length));
-
-    const QChar delimiter {QLatin1Char(kDelimiter)};
-    const auto nextDelimiter = [&](int start) {
-        if (!ascii)
-            return m_buffer.indexOf(delimiter, start);
-        const int offset = start - from;
-        const void *hit = std::memchr(data + offset, kDelimiter, size_t(length - offset));
-        return hit ? from + int(static_cast<const char *>(hit) - data) : -1;
-    };
+    // memchr rather than QByteArray::indexOf, which looks at one byte at a time.
+    const void *zero = std::memchr(data, '\0', size_t(chunk.size()));
+    const int length = zero ? int(static_cast<const char *>(zero) - data) : chunk.size();
 
     QStringList messages;
     int head = 0;
-    for (int pos = nextDelimiter(from); pos >= 0; pos = nextDelimiter(head)) {
-        if (head == 0 && pos == m_buffer.size() - 1) {
-            // The buffer holds exactly one message: hand it over without copying.
-            m_buffer.chop(1);
-            messages.append(m_buffer);
-            if (m_buffer.capacity() <= kMaxSpareCapacity)
-                m_spare = m_buffer;
-            m_buffer = QString();
-            return messages;
+    while (const void *hit = std::memchr(data + head, kDelimiter, size_t(length - head))) {
+        const int end = int(static_cast<const char *>(hit) - data);
+        if (m_buffer.isEmpty() && !m_dropping) {
+            // The whole message is in this read: decoded straight from it.
+            messages.append(QString::fromUtf8(data + head, end - head));
+        } else {
+            keep(data + head, end - head);
+            if (m_dropping) {
+                nubixWarning() << "TcpClient: Dropped a message of" << m_dropped << "bytes, too long to be read";
+                m_dropping = false;
+                m_dropped = 0;
+            } else {
+                messages.append(QString::fromUtf8(m_buffer));
+                release();
+            }
         }
-        messages.append(m_buffer.mid(head, pos - head));
-        head = pos + 1;
+        head = end + 1;
     }
-
-    if (head == m_buffer.size())
-        m_buffer = QString();
-    else if (head > 0)
-        m_buffer.remove(0, head);
+    keep(data + head, length - head);
     return messages;
+}
+
+void FrameSplitter::keep(const char *data, int length)
+{
+    if (length <= 0)
+        return;
+    if (m_dropping) {
+        m_dropped += length;
+        return;
+    }
+    if (m_buffer.size() + qint64(length) > kMaxMessageBytes) {
+        m_dropping = true;
+        m_dropped = m_buffer.size() + qint64(length);
+        m_buffer = QByteArray();
+        return;
+    }
+    m_buffer.append(data, length);
+}
+
+void FrameSplitter::release()
+{
+    // Writing into memory already in use is cheaper than faulting in fresh
+    // pages for every large message; reserve() keeps it over the truncation.
+    if (m_buffer.isDetached() && m_buffer.capacity() <= kMaxKeptCapacity) {
+        m_buffer.reserve(m_buffer.capacity());
+        m_buffer.truncate(0);
+    } else {
+        m_buffer = QByteArray();
+    }
+}
+
+void FrameSplitter::clear()
+{
+    m_buffer = QByteArray();
+    m_dropping = false;
+    m_dropped = 0;
 }
 
 }   // namespace hfmplugin_nubix

@@ -16,7 +16,11 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
     socket = new QTcpSocket;
     socket->moveToThread(&thread);
 
-    connect(&thread, &QThread::finished, socket, &QObject::deleteLater);
+    // Deleted right in the worker as it finishes: a deleteLater() posted
+    // there is never delivered once the application object is gone, as at
+    // exit, where the last owner of the socket goes away.
+    QTcpSocket *const owned = socket;
+    connect(&thread, &QThread::finished, owned, [owned] { delete owned; }, Qt::DirectConnection);
     // The socket is read in its own thread, so no thread but the worker ever
     // touches it; only the bytes travel to ours, where they are cut into
     // messages in the order they arrived.
@@ -71,6 +75,9 @@ void TcpClient::sendMessage(const QString &message)
 
 void TcpClient::onConnected()
 {
+    // Whatever a dead connection left half sent belongs to no message of
+    // this one. Its bytes were all queued before this call, so none is lost.
+    buffer.clear();
     nubixInfo() << "TcpClient: Connected to server";
     Q_EMIT connected();
 }

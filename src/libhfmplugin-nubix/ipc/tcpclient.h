@@ -15,7 +15,9 @@ namespace hfmplugin_nubix {
 // a form feed. The socket lives in a worker thread owned by this object; the
 // public calls only queue work to it and never block. Signals are emitted in
 // the thread of this object (the GUI thread), one messageReceived per
-// complete message, in order.
+// complete message, in order. Received bytes wait as bytes and each complete
+// message is decoded as UTF-8 whole; every new connection starts with an
+// empty buffer, while a disconnection leaves it as it is.
 class TcpClient : public QObject
 {
     Q_OBJECT

@@ -17,6 +17,7 @@ private Q_SLOTS:
     void splitsStream_data();
     void splitsStream();
     void eachFeedReturnsWhatItCompleted();
+    void clearForgetsHalfMessage();
     void largeMessageOverManyReads();
     void matchesReferenceForRandomChunking();
 };
@@ -25,38 +26,46 @@ void TestFrameSplitter::splitsStream_data()
 {
     QTest::addColumn<Chunks>("chunks");
     QTest::addColumn<QStringList>("messages");
-    QTest::addColumn<QString>("pending");
+    QTest::addColumn<QByteArray>("pending");
 
-    QTest::newRow("two messages in one read") << Chunks {"a\fb\f"} << utf8List({"a", "b"}) << QString();
+    QTest::newRow("two messages in one read") << Chunks {"a\fb\f"} << utf8List({"a", "b"}) << QByteArray();
     QTest::newRow("message over many reads")
-        << Chunks {"{\"ty", "pe\":", "1}", "\f"} << utf8List({"{\"type\":1}"}) << QString();
-    QTest::newRow("read without delimiter keeps text") << Chunks {"abc"} << QStringList() << QStringLiteral("abc");
+        << Chunks {"{\"ty", "pe\":", "1}", "\f"} << utf8List({"{\"type\":1}"}) << QByteArray();
+    QTest::newRow("read without delimiter keeps text") << Chunks {"abc"} << QStringList() << QByteArray("abc");
     QTest::newRow("text after last delimiter waits")
-        << Chunks {"a\fbc", "d\fe"} << utf8List({"a", "bcd"}) << QStringLiteral("e");
-    QTest::newRow("empty message between delimiters") << Chunks {"a\f\fb\f"} << utf8List({"a", "", "b"}) << QString();
-    QTest::newRow("delimiters only") << Chunks {"\f", "\f\f"} << utf8List({"", "", ""}) << QString();
+        << Chunks {"a\fbc", "d\fe"} << utf8List({"a", "bcd"}) << QByteArray("e");
+    QTest::newRow("empty message between delimiters") << Chunks {"a\f\fb\f"} << utf8List({"a", "", "b"}) << QByteArray();
+    QTest::newRow("delimiters only") << Chunks {"\f", "\f\f"} << utf8List({"", "", ""}) << QByteArray();
     QTest::newRow("bytes after a zero byte dropped")
-        << Chunks {QByteArray("a\fb\0c\fd", 7), "e\f"} << utf8List({"a", "be"}) << QString();
+        << Chunks {QByteArray("a\fb\0c\fd", 7), "e\f"} << utf8List({"a", "be"}) << QByteArray();
     QTest::newRow("zero byte first drops the read")
-        << Chunks {QByteArray("\0abc\f", 5), "x\f"} << utf8List({"x"}) << QString();
+        << Chunks {QByteArray("\0abc\f", 5), "x\f"} << utf8List({"x"}) << QByteArray();
     QTest::newRow("zero byte only affects its own read")
-        << Chunks {QByteArray("a\0\f", 3), "b\f"} << utf8List({"ab"}) << QString();
-    QTest::newRow("null read") << Chunks {QByteArray()} << QStringList() << QString();
-    QTest::newRow("empty read between parts") << Chunks {"a", "", "b\f"} << utf8List({"ab"}) << QString();
+        << Chunks {QByteArray("a\0\f", 3), "b\f"} << utf8List({"ab"}) << QByteArray();
+    QTest::newRow("null read") << Chunks {QByteArray()} << QStringList() << QByteArray();
+    QTest::newRow("empty read between parts") << Chunks {"a", "", "b\f"} << utf8List({"ab"}) << QByteArray();
     QTest::newRow("utf-8 whole in one read")
-        << Chunks {"h\xc3\xa9\f"} << QStringList {QStringLiteral("h\u00e9")} << QString();
-    // Each read is decoded on its own; a character split between two reads is not joined.
+        << Chunks {"h\xc3\xa9\f"} << QStringList {QStringLiteral("h\u00e9")} << QByteArray();
+    // Bytes wait whole; a character split between reads is decoded once its message is complete.
     QTest::newRow("utf-8 split between reads")
-        << Chunks {"h\xc3", "\xa9\f"} << QStringList {QStringLiteral("h\ufffd\ufffd")} << QString();
+        << Chunks {"h\xc3", "\xa9\f"} << QStringList {QStringLiteral("h\u00e9")} << QByteArray();
+    QTest::newRow("utf-8 split over three reads")
+        << Chunks {"\xe4", "\xb8", "\xad\xe6\x96\x87\f"} << QStringList {QStringLiteral("\u4e2d\u6587")} << QByteArray();
+    QTest::newRow("four-byte character byte by byte")
+        << Chunks {"\xf0", "\x9f", "\x98", "\x80", "\f"} << QStringList {QStringLiteral("\U0001f600")} << QByteArray();
+    QTest::newRow("split character waits as bytes")
+        << Chunks {"a\f\xe2\x82"} << utf8List({"a"}) << QByteArray("\xe2\x82");
+    QTest::newRow("invalid utf-8 replaced once in the whole message")
+        << Chunks {"x\xff", "y\f"} << QStringList {QStringLiteral("x\ufffdy")} << QByteArray();
     QTest::newRow("form feed inside a multi-byte read")
-        << Chunks {"\xe2\x82\xac\f\xe2\x82\xac"} << QStringList {QStringLiteral("\u20ac")} << QStringLiteral("\u20ac");
+        << Chunks {"\xe2\x82\xac\f\xe2\x82\xac"} << QStringList {QStringLiteral("\u20ac")} << QByteArray("\xe2\x82\xac");
 }
 
 void TestFrameSplitter::splitsStream()
 {
     QFETCH(Chunks, chunks);
     QFETCH(QStringList, messages);
-    QFETCH(QString, pending);
+    QFETCH(QByteArray, pending);
 
     FrameSplitter splitter;
     QStringList got;
@@ -76,6 +85,17 @@ void TestFrameSplitter::eachFeedReturnsWhatItCompleted()
     QVERIFY(splitter.pending().isEmpty());
 }
 
+// A new connection must not inherit the half message of the old one.
+void TestFrameSplitter::clearForgetsHalfMessage()
+{
+    FrameSplitter splitter;
+    QCOMPARE(splitter.feed("{\"half\":\xc3"), QStringList());
+    QCOMPARE(splitter.pendingSize(), qint64(9));
+    splitter.clear();
+    QCOMPARE(splitter.pendingSize(), qint64(0));
+    QCOMPARE(splitter.feed("{\"whole\":1}\f"), utf8List({"{\"whole\":1}"}));
+}
+
 void TestFrameSplitter::largeMessageOverManyReads()
 {
     QByteArray message(3 * 1024 * 1024 + 17, 'x');
@@ -92,8 +112,8 @@ void TestFrameSplitter::largeMessageOverManyReads()
     QCOMPARE(got.at(1), QStringLiteral("next"));
 }
 
-// Whatever the chunking, the messages are those of the decoded text cut at
-// every delimiter, and the rest waits.
+// Whatever the chunking, the messages are the bytes cut at every delimiter,
+// each decoded whole, and the rest waits as bytes.
 void TestFrameSplitter::matchesReferenceForRandomChunking()
 {
     QRandomGenerator random(20240611);
@@ -106,15 +126,16 @@ void TestFrameSplitter::matchesReferenceForRandomChunking()
 
         FrameSplitter splitter;
         QStringList got;
-        QString decoded;
         for (int at = 0; at < stream.size();) {
             const QByteArray chunk = stream.mid(at, 1 + int(random.bounded(40)));
             at += chunk.size();
             got += splitter.feed(chunk);
-            decoded += QString::fromUtf8(chunk);
         }
-        QStringList expected = decoded.split(QLatin1Char('\f'));
-        const QString rest = expected.takeLast();
+        QList<QByteArray> parts = stream.split('\f');
+        const QByteArray rest = parts.takeLast();
+        QStringList expected;
+        for (const QByteArray &part : qAsConst(parts))
+            expected.append(QString::fromUtf8(part));
         QCOMPARE(got, expected);
         QCOMPARE(splitter.pending(), rest);
     }

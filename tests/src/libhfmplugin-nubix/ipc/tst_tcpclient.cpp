@@ -43,6 +43,7 @@ private Q_SLOTS:
     void receivesFramedMessages();
     void sendsFramedUtf8_data();
     void sendsFramedUtf8();
+    void newConnectionStartsEmpty();
     void destroysWhileConnected();
 };
 
@@ -69,6 +70,8 @@ void TestTcpClient::receivesFramedMessages_data()
         << Chunks {"{\"a\":1}\f{\"b\":2}\f{\"c\":3}\f"} << utf8List({"{\"a\":1}", "{\"b\":2}", "{\"c\":3}"});
     QTest::newRow("one message over many reads")
         << Chunks {"{", "\"type\"", ":", "\"ping\"", "}", "\f"} << utf8List({"{\"type\":\"ping\"}"});
+    QTest::newRow("character split between reads")
+        << Chunks {"{\"path\":\"/\xe4\xb8", "\xad\"}\f"} << QStringList {QStringLiteral("{\"path\":\"/\u4e2d\"}")};
     QTest::newRow("bytes after a zero byte dropped")
         << Chunks {QByteArray("kept\fpart\0lost\flost\f", 20), "ial\f"} << utf8List({"kept", "partial"});
 }
@@ -135,6 +138,28 @@ void TestTcpClient::sendsFramedUtf8()
     // Nothing more follows.
     client.sendMessage(QStringLiteral("z"));
     QCOMPARE(peer.received(bytes.size() + 2), bytes + "z\f");
+}
+
+// Half a message from a dead connection must not spoil the first one of the next.
+void TestTcpClient::newConnectionStartsEmpty()
+{
+    MessageLog log;
+    LocalPeer peer;
+    TcpClient client;
+    QSignalSpy received(&client, &TcpClient::messageReceived);
+    QSignalSpy disconnected(&client, &TcpClient::disconnected);
+    QVERIFY(connectTo(client, peer));
+
+    peer.write("{\"type\":\"pong\",\"da");
+    QTRY_COMPARE(log.count(QtDebugMsg, kRawRead), 1);
+    peer.disconnectClient();
+    QTRY_COMPARE(disconnected.count(), 1);
+    peer.forgetClient();
+
+    QVERIFY(connectTo(client, peer));
+    peer.send("{\"first\":1}");
+    QTRY_COMPARE(received.count(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("{\"first\":1}"));
 }
 
 void TestTcpClient::destroysWhileConnected()

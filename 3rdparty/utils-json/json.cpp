@@ -42,15 +42,12 @@ void JsonPrivate::remove(QJsonObject &object, const QString &path)
         object.remove(path);
         return;
     }
+    // The same walk as setValue(): a missing or non-object step becomes an
+    // empty object, and every object on the way is stored back.
     const QString key = path.left(dot);
-    const QJsonValue child = object.value(key);
-    // Removing must never replace a value on the way, so a missing or
-    // non-object step ends the walk.
-    if (!child.isObject())
-        return;
-    QJsonObject childObject = child.toObject();
-    remove(childObject, path.mid(dot + 1));
-    object.insert(key, childObject);
+    QJsonObject child = object.value(key).toObject();
+    remove(child, path.mid(dot + 1));
+    object.insert(key, child);
 }
 
 Json::Json(const QString &jsonOrFilePath, bool fromFile) : d(new JsonPrivate)

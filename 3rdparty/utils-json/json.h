@@ -42,7 +42,8 @@ public:
     // Missing or non-object intermediate values become empty objects.
     void set(const QString &path, const QJsonValue &value);
     void set(const QString &path, const QStringList &list);
-    // Removes the last key of path; does nothing when the way there is missing.
+    // Removes the last key of path, walking the way as set() does: missing or
+    // non-object intermediate values become empty objects.
     void remove(const QString &path);
 
     QString toString(bool pretty = false) const;

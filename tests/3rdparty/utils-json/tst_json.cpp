@@ -141,9 +141,13 @@ void TestJson::changesByPath_data()
     QTest::newRow("remove a deep leaf") << doc("{'a':{'b':{'c':1}}}") << text("a.b.c") << remove
                                         << object("{'a':{'b':{}}}");
     QTest::newRow("remove a missing leaf") << doc("{'a':{'b':1}}") << text("a.x") << remove << object("{'a':{'b':1}}");
-    QTest::newRow("remove on a missing way creates nothing")
-        << doc("{'a':1}") << text("x.y") << remove << object("{'a':1}");
-    QTest::newRow("remove keeps a number on the way") << doc("{'a':3}") << text("a.b") << remove << object("{'a':3}");
+    // Removing walks the way exactly as setting does, objects made or replaced on it included.
+    QTest::newRow("remove on a missing way makes it as set does")
+        << doc("{'a':1}") << text("x.y.z") << remove << object("{'a':1,'x':{'y':{}}}");
+    QTest::newRow("remove replaces a number on the way as set does")
+        << doc("{'a':3}") << text("a.b") << remove << object("{'a':{}}");
+    QTest::newRow("remove through an array replaces it as set does")
+        << doc("{'a':[1],'k':0}") << text("a.b") << remove << object("{'a':{},'k':0}");
 }
 
 void TestJson::changesByPath()

@@ -20,7 +20,8 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
     // there is never delivered once the application object is gone, as at
     // exit, where the last owner of the socket goes away.
     QTcpSocket *const owned = socket;
-    connect(&thread, &QThread::finished, owned, [owned] { delete owned; }, Qt::DirectConnection);
+    connect(
+        &thread, &QThread::finished, owned, [owned] { delete owned; }, Qt::DirectConnection);
     // The socket is read in its own thread, so no thread but the worker ever
     // touches it; only the bytes travel to ours, where they are cut into
     // messages in the order they arrived.

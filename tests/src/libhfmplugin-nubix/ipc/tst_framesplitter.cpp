@@ -34,7 +34,8 @@ void TestFrameSplitter::splitsStream_data()
     QTest::newRow("read without delimiter keeps text") << Chunks {"abc"} << QStringList() << QByteArray("abc");
     QTest::newRow("text after last delimiter waits")
         << Chunks {"a\fbc", "d\fe"} << utf8List({"a", "bcd"}) << QByteArray("e");
-    QTest::newRow("empty message between delimiters") << Chunks {"a\f\fb\f"} << utf8List({"a", "", "b"}) << QByteArray();
+    QTest::newRow("empty message between delimiters")
+        << Chunks {"a\f\fb\f"} << utf8List({"a", "", "b"}) << QByteArray();
     QTest::newRow("delimiters only") << Chunks {"\f", "\f\f"} << utf8List({"", "", ""}) << QByteArray();
     QTest::newRow("bytes after a zero byte dropped")
         << Chunks {QByteArray("a\fb\0c\fd", 7), "e\f"} << utf8List({"a", "be"}) << QByteArray();
@@ -49,8 +50,8 @@ void TestFrameSplitter::splitsStream_data()
     // Bytes wait whole; a character split between reads is decoded once its message is complete.
     QTest::newRow("utf-8 split between reads")
         << Chunks {"h\xc3", "\xa9\f"} << QStringList {QStringLiteral("h\u00e9")} << QByteArray();
-    QTest::newRow("utf-8 split over three reads")
-        << Chunks {"\xe4", "\xb8", "\xad\xe6\x96\x87\f"} << QStringList {QStringLiteral("\u4e2d\u6587")} << QByteArray();
+    QTest::newRow("utf-8 split over three reads") << Chunks {"\xe4", "\xb8", "\xad\xe6\x96\x87\f"}
+                                                  << QStringList {QStringLiteral("\u4e2d\u6587")} << QByteArray();
     QTest::newRow("four-byte character byte by byte")
         << Chunks {"\xf0", "\x9f", "\x98", "\x80", "\f"} << QStringList {QStringLiteral("\U0001f600")} << QByteArray();
     QTest::newRow("split character waits as bytes")
@@ -58,7 +59,8 @@ void TestFrameSplitter::splitsStream_data()
     QTest::newRow("invalid utf-8 replaced once in the whole message")
         << Chunks {"x\xff", "y\f"} << QStringList {QStringLiteral("x\ufffdy")} << QByteArray();
     QTest::newRow("form feed inside a multi-byte read")
-        << Chunks {"\xe2\x82\xac\f\xe2\x82\xac"} << QStringList {QStringLiteral("\u20ac")} << QByteArray("\xe2\x82\xac");
+        << Chunks {"\xe2\x82\xac\f\xe2\x82\xac"} << QStringList {QStringLiteral("\u20ac")}
+        << QByteArray("\xe2\x82\xac");
 }
 
 void TestFrameSplitter::splitsStream()

@@ -8,6 +8,7 @@
 #include <QCborMap>
 #include <QDateTime>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -15,6 +16,11 @@
 #include <QProcess>
 #include <QTimer>
 #include <QUuid>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace hfmplugin_nubix {
 
@@ -27,6 +33,8 @@ const QString kPluginVersion = QStringLiteral("1.0.7");
 const QString kServerHost = QStringLiteral("localhost");
 constexpr int kRetryDelayMs = 3000;
 constexpr int kPgrepTimeoutMs = 30000;
+// Only the first line of the port file is used, and a port takes five digits.
+constexpr int kMaxPortFileBytes = 256;
 
 // Whether a notification's "args" converts to T; warns in the parser's name when not.
 template <class T> bool argsConvert(const QVariant &args, const char *parser)
@@ -91,6 +99,13 @@ SyncError toSyncError(const QVariantMap &map)
 }
 }   // namespace
 
+struct NubixMessageHandler::PendingAnswer
+{
+    QEventLoop loop;
+    QVariantMap data;
+    SyncResult result = SyncResult::TimedOut;
+};
+
 NubixMessageHandler *NubixMessageHandler::instance()
 {
     static NubixMessageHandler handler;
@@ -110,6 +125,11 @@ NubixMessageHandler::NubixMessageHandler(QObject *parent) : QObject(parent), tcp
     connect(tcpClient, &TcpClient::disconnected, this, [this] {
         nubixInfo() << "NubixMessageHandler: Disconnected from server";
         connected = false;
+        // Nothing will answer the requests still waiting.
+        for (PendingAnswer *pending : qAsConst(pendingAnswers)) {
+            pending->result = SyncResult::Disconnected;
+            pending->loop.quit();
+        }
         Q_EMIT sigDisconnected();
     });
     connect(tcpClient, &TcpClient::errorOccured, this, &NubixMessageHandler::onTcpError);
@@ -138,6 +158,37 @@ QString NubixMessageHandler::request(const QString &method, const QVariantMap &d
     nubixDebug() << "NubixMessageHandler: Creating request. Method:" << method << "Key:" << key;
     tcpClient->sendMessage(buildReqeustMessage(method, data, key));
     return key;
+}
+
+QVariantMap NubixMessageHandler::requestSync(
+    const QString &method, const QVariantMap &data, int timeoutMs, SyncResult *result)
+{
+    SyncResult ignored;
+    SyncResult &outcome = result ? *result : ignored;
+    if (!connected) {
+        nubixWarning() << "NubixMessageHandler: Not connected, not waiting for an answer. Method:" << method;
+        outcome = SyncResult::Disconnected;
+        return QVariantMap();
+    }
+
+    PendingAnswer pending;
+    const QString key = request(method, data);
+    pendingAnswers.insert(key, &pending);
+    QTimer timer;
+    if (timeoutMs >= 0) {
+        timer.setSingleShot(true);
+        connect(&timer, &QTimer::timeout, &pending.loop, &QEventLoop::quit);
+        timer.start(timeoutMs);
+    }
+    pending.loop.exec();
+    pendingAnswers.remove(key);
+
+    outcome = pending.result;
+    if (outcome == SyncResult::TimedOut)
+        nubixWarning() << "NubixMessageHandler: Request timed out. Method:" << method << "Key:" << key;
+    else if (outcome == SyncResult::Disconnected)
+        nubixWarning() << "NubixMessageHandler: Disconnected before the answer. Method:" << method << "Key:" << key;
+    return pending.data;
 }
 
 QString NubixMessageHandler::buildReqeustMessage(const QString &method, const QVariantMap &data, const QString &key)
@@ -236,6 +287,12 @@ void NubixMessageHandler::handleResponse(const QJsonObject &body)
     const QJsonObject data = body.value(QStringLiteral("data")).toObject();
     nubixDebug() << "NubixMessageHandler: Handling response. Method:" << method << "Key:" << key;
 
+    if (PendingAnswer *pending = pendingAnswers.value(key)) {
+        pending->data = data.toVariantMap();
+        pending->result = SyncResult::Answered;
+        pending->loop.quit();
+    }
+
     const auto &parsers = responseParsers();
     const auto parser = parsers.constFind(method);
     if (parser == parsers.constEnd()) {
@@ -322,20 +379,59 @@ QString NubixMessageHandler::portFilePath()
     return QDir::homePath() + QStringLiteral("/.config/kelodrive/App Data/ipc");
 }
 
+bool NubixMessageHandler::readPortFileHead(const QString &path, QByteArray *head)
+{
+    // Non-blocking, so that a FIFO put in its place cannot stall start-up;
+    // then only a regular file counts, so that a device such as /dev/zero is
+    // never read.
+    const QByteArray native = QFile::encodeName(path);
+    const int fd = ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0)
+        return false;
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        return false;
+    }
+    head->resize(kMaxPortFileBytes);
+    int filled = 0;
+    while (filled < kMaxPortFileBytes) {
+        const ssize_t got = ::read(fd, head->data() + filled, size_t(kMaxPortFileBytes - filled));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        filled += int(got);
+    }
+    ::close(fd);
+    head->truncate(filled);
+    return true;
+}
+
+bool NubixMessageHandler::parsePortLine(const QByteArray &head, quint16 *port, QString *line)
+{
+    const int end = head.indexOf('\n');
+    QByteArray first = end < 0 ? head : head.left(end);
+    // The file used to be read in text mode, which drops every carriage return.
+    first.replace('\r', QByteArray());
+    *line = QString::fromUtf8(first).trimmed();
+    bool ok = false;
+    *port = line->toUShort(&ok, 10);
+    return ok;
+}
+
 quint16 NubixMessageHandler::readPort()
 {
     const QString path = portFilePath();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    QByteArray head;
+    if (!readPortFileHead(path, &head)) {
         qCritical() << "NubixMessageHandler: Cannot open config file:" << path;
         return 0;
     }
-    const QString line = QString::fromUtf8(file.readLine()).trimmed();
-    file.close();
 
-    bool ok = false;
-    const quint16 port = line.toUShort(&ok, 10);
-    if (!ok) {
+    quint16 port = 0;
+    QString line;
+    if (!parsePortLine(head, &port, &line)) {
         qCritical() << "NubixMessageHandler: Invalid port number in config file:" << line;
         return 0;
     }

@@ -4,6 +4,7 @@
 #include "caches/syncrecords.h"
 
 #include <QAbstractSocket>
+#include <QHash>
 #include <QJsonObject>
 #include <QObject>
 #include <QVariantMap>
@@ -29,6 +30,18 @@ public:
 
     // Sends a request whether or not connected; returns its key, which the answer repeats.
     QString request(const QString &method, const QVariantMap &data);
+
+    enum class SyncResult { Answered, TimedOut, Disconnected };
+    // Sends a request and waits up to timeoutMs (without limit when negative)
+    // for its answer, running a local event loop meanwhile, so that the GUI
+    // and every other message are handled while it waits; the answer also
+    // reaches its parser and signal as usual. Returns the answer's "data";
+    // on time-out, and when the connection is down or goes down before the
+    // answer, it returns an empty map (without sending when already down)
+    // and says which through result. A late answer is handled like any
+    // other. Re-entrant: waits nested in each other end independently.
+    QVariantMap requestSync(
+        const QString &method, const QVariantMap &data, int timeoutMs, SyncResult *result = nullptr);
     QString buildReqeustMessage(const QString &method, const QVariantMap &data, const QString &key);
     QString buildResponseMessage(const QString &method, const QVariantMap &data, const QString &key);
     // A fresh request key: "{" and the 36 characters of a new UUID.
@@ -46,6 +59,13 @@ public:
     // The client's port from its port file; 0 when there is none or it is invalid.
     quint16 readPort();
     static QString portFilePath();
+    // The first bytes of the port file, read without ever blocking; false
+    // when it cannot be opened or is not a regular file (a FIFO, a device,
+    // a directory), which counts as an unreadable port file.
+    static bool readPortFileHead(const QString &path, QByteArray *head);
+    // The port on the first line of those bytes, trimmed; false when that
+    // line is not a decimal number up to 65535. line gets the trimmed text.
+    static bool parsePortLine(const QByteArray &head, quint16 *port, QString *line);
     static bool isProcessRunning(const QString &name);
     // Starts the client detached; does not connect.
     static void launchApp();
@@ -105,8 +125,12 @@ private:
 
     QString buildMessage(const QString &type, const QString &method, const QVariantMap &data, const QString &key);
 
+    struct PendingAnswer;
+
     TcpClient *tcpClient = nullptr;
     bool connected = false;
+    // Keys of the requestSync() calls waiting for their answers.
+    QHash<QString, PendingAnswer *> pendingAnswers;
 };
 
 }   // namespace hfmplugin_nubix

@@ -14,6 +14,8 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+
 using hfmplugin_nubix::NubixMessageHandler;
 using hfmplugin_nubix::TcpClient;
 
@@ -61,6 +63,8 @@ private Q_SLOTS:
     void init();
     void readsPortFile_data();
     void readsPortFile();
+    void refusesSpecialPortFiles_data();
+    void refusesSpecialPortFiles();
     void alreadyConnectedDoesNothing();
     void retriesRefusedConnectionWhileClientRuns();
     void stopsAfterRefusalWithoutClient();
@@ -142,6 +146,44 @@ void TestConnection::readsPortFile()
     QVERIFY(peer.waitForClient());
     QTRY_COMPARE(connected.count(), 1);
     QVERIFY(handler.isConnected());
+}
+
+// Only a regular file is read, and never more than its first bytes: a FIFO
+// would block start-up, a device would be read for ever.
+void TestConnection::refusesSpecialPortFiles_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("fifo") << QStringLiteral("fifo");
+    QTest::newRow("symbolic link to /dev/zero") << QStringLiteral("zero");
+    QTest::newRow("directory") << QStringLiteral("directory");
+    QTest::newRow("dangling symbolic link") << QStringLiteral("dangling");
+}
+
+void TestConnection::refusesSpecialPortFiles()
+{
+    QFETCH(QString, kind);
+    const QString path = NubixMessageHandler::portFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    if (kind == QLatin1String("fifo"))
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else if (kind == QLatin1String("zero"))
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path));
+    else if (kind == QLatin1String("directory"))
+        QVERIFY(QDir().mkpath(path));
+    else
+        QVERIFY(QFile::link(path + QStringLiteral(".gone"), path));
+
+    NubixMessageHandler handler;
+    MessageLog log;
+    handler.tryConnect();
+    QCOMPARE(log.lines(QtCriticalMsg),
+        (QStringList {QStringLiteral("NubixMessageHandler: Cannot open config file: \"%1\"").arg(path), kNoValidPort}));
+    QVERIFY(!log.lines(QtInfoMsg).contains(kClientConnecting));
+
+    if (kind == QLatin1String("directory"))
+        QDir(path).removeRecursively();
+    else
+        QFile::remove(path);
 }
 
 void TestConnection::alreadyConnectedDoesNothing()

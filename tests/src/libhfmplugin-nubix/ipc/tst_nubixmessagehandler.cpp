@@ -5,9 +5,11 @@
 #include "wire.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <QUuid>
 
 #include <functional>
@@ -63,6 +65,8 @@ private Q_SLOTS:
     void parsesAnswers_data();
     void parsesAnswers();
     void recordsTravelQueued();
+    void requestSyncWaitsWithoutBlocking_data();
+    void requestSyncWaitsWithoutBlocking();
 
 private:
     Wire wire;
@@ -609,6 +613,78 @@ void TestNubixMessageHandler::recordsTravelQueued()
     QCOMPARE(received.size(), 1);
     QCOMPARE(received.first().path, QStringLiteral("/q"));
     QVERIFY(log.problems().isEmpty());
+}
+
+// The peer's behaviour while a synchronous request waits.
+enum class PeerDoes { Answer, Nothing, Disconnect, NotConnected };
+Q_DECLARE_METATYPE(PeerDoes)
+
+void TestNubixMessageHandler::requestSyncWaitsWithoutBlocking_data()
+{
+    QTest::addColumn<PeerDoes>("peerDoes");
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QString>("warning");
+
+    QTest::newRow("answered") << PeerDoes::Answer << int(NubixMessageHandler::SyncResult::Answered) << QString();
+    QTest::newRow("timed out") << PeerDoes::Nothing << int(NubixMessageHandler::SyncResult::TimedOut)
+                               << QStringLiteral("NubixMessageHandler: Request timed out. Method: \"getSyncInfo\"");
+    QTest::newRow("connection lost")
+        << PeerDoes::Disconnect << int(NubixMessageHandler::SyncResult::Disconnected)
+        << QStringLiteral("NubixMessageHandler: Disconnected before the answer. Method: \"getSyncInfo\"");
+    QTest::newRow("not connected")
+        << PeerDoes::NotConnected << int(NubixMessageHandler::SyncResult::Disconnected)
+        << QStringLiteral("NubixMessageHandler: Not connected, not waiting for an answer. Method: \"getSyncInfo\"");
+}
+
+void TestNubixMessageHandler::requestSyncWaitsWithoutBlocking()
+{
+    QFETCH(PeerDoes, peerDoes);
+    QFETCH(int, result);
+    QFETCH(QString, warning);
+
+    Wire own;
+    if (peerDoes != PeerDoes::NotConnected)
+        QVERIFY(own.connect());
+    QSignalSpy parsed(&own.handler, &NubixMessageHandler::sigResponseSyncInfo);
+    // Another answer arriving meanwhile goes to its parser at once.
+    QSignalSpy other(&own.handler, &NubixMessageHandler::sigResponseFileStatus);
+    bool timerRan = false;
+    QTimer::singleShot(0, this, [&timerRan] { timerRan = true; });
+    if (own.peer.socket) {
+        QObject::connect(own.peer.socket, &QTcpSocket::readyRead, this, [&own, peerDoes] {
+            const QByteArray frame = own.peer.nextFrame();
+            const QString key
+                = parseObject(frame).value(QStringLiteral("data")).toObject().value(QStringLiteral("key")).toString();
+            own.peer.send("{\"type\":\"pong\",\"data\":{\"method\":\"getFileStatus\",\"key\":\"x\",\"data\":{}}}");
+            if (peerDoes == PeerDoes::Answer)
+                own.peer.send("{\"type\":\"pong\",\"data\":{\"method\":\"getSyncInfo\",\"key\":\"" + key.toUtf8()
+                    + "\",\"data\":{\"code\":0,\"result\":{\"syncRoot\":\"/r\"}}}}");
+            else if (peerDoes == PeerDoes::Disconnect)
+                own.peer.disconnectClient();
+        });
+    }
+
+    MessageLog log;
+    NubixMessageHandler::SyncResult got = NubixMessageHandler::SyncResult::Answered;
+    const QVariantMap answer = own.handler.requestSync(QStringLiteral("getSyncInfo"), QVariantMap(), 1000, &got);
+
+    QCOMPARE(int(got), result);
+    const QStringList waits
+        = log.lines(QtWarningMsg).filter(QRegularExpression(QStringLiteral("timed out|before the answer|not waiting")));
+    QCOMPARE(waits.size(), warning.isEmpty() ? 0 : 1);
+    if (!warning.isEmpty())
+        QVERIFY2(waits.first().startsWith(warning), qPrintable(waits.first()));
+    if (peerDoes == PeerDoes::Answer) {
+        QCOMPARE(answer.value(QStringLiteral("result")).toMap().value(QStringLiteral("syncRoot")).toString(),
+            QStringLiteral("/r"));
+        QCOMPARE(parsed.count(), 1);
+    } else {
+        QVERIFY(answer.isEmpty());
+    }
+    if (peerDoes != PeerDoes::NotConnected)
+        QCOMPARE(other.count(), 1);
+    // The event loop ran while waiting; without a connection nothing waits.
+    QCOMPARE(timerRan, peerDoes != PeerDoes::NotConnected);
 }
 
 QTEST_GUILESS_MAIN(TestNubixMessageHandler)

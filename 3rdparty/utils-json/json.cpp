@@ -3,9 +3,14 @@
 #include "json_p.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonParseError>
 #include <QLoggingCategory>
+#include <QSet>
 #include <QTextStream>
+
+#include <cstring>
+#include <vector>
 
 namespace {
 Q_LOGGING_CATEGORY(logJson, "org.sablo.hde.filemanager.plugin.hfmplugin_nubix")
@@ -50,6 +55,96 @@ void JsonPrivate::remove(QJsonObject &object, const QString &path)
     object.insert(key, child);
 }
 
+namespace {
+// A key as the parser would store it: escaped keys decoded, others as they are.
+QByteArray canonicalKey(const char *begin, int length)
+{
+    const QByteArray raw = QByteArray::fromRawData(begin, length);
+    if (!raw.contains('\\'))
+        return raw;
+    // An array of one string never meets the repeated-key fault.
+    const QJsonArray holder = QJsonDocument::fromJson("[\"" + raw + "\"]").array();
+    return holder.isEmpty() ? raw : holder.first().toString().toUtf8();
+}
+
+struct ObjectScan
+{
+    bool isObject = false;
+    bool expectKey = true;
+    const char *key = nullptr;
+    int keyLength = 0;
+    QSet<QByteArray> containerKeys;
+};
+}   // namespace
+
+int Json::repeatedContainerKeyAt(const QByteArray &text)
+{
+    std::vector<ObjectScan> levels;
+    const char *p = text.constData();
+    const char *const end = p + text.size();
+    while (p < end) {
+        switch (*p) {
+        case '"': {
+            const char *const begin = ++p;
+            // The closing quote is the first one not escaped by an odd run of backslashes.
+            for (;;) {
+                const void *quote = std::memchr(p, '"', size_t(end - p));
+                if (!quote)
+                    return -1;   // the parser stops at the unterminated string
+                p = static_cast<const char *>(quote);
+                int backslashes = 0;
+                for (const char *b = p - 1; b >= begin && *b == '\\'; --b)
+                    ++backslashes;
+                if (backslashes % 2 == 0)
+                    break;
+                ++p;
+            }
+            if (!levels.empty() && levels.back().isObject && levels.back().expectKey) {
+                ObjectScan &object = levels.back();
+                object.expectKey = false;
+                object.key = begin;
+                object.keyLength = int(p - begin);
+                if (!object.containerKeys.isEmpty()
+                    && object.containerKeys.contains(canonicalKey(begin, object.keyLength)))
+                    return int(begin - 1 - text.constData());
+            }
+            ++p;
+            break;
+        }
+        case '{':
+        case '[':
+            if (!levels.empty() && levels.back().isObject && levels.back().key) {
+                ObjectScan &object = levels.back();
+                QByteArray key = canonicalKey(object.key, object.keyLength);
+                key.detach();   // the text may go before the set does
+                object.containerKeys.insert(key);
+                object.key = nullptr;
+            }
+            levels.emplace_back();
+            levels.back().isObject = *p == '{';
+            ++p;
+            break;
+        case '}':
+        case ']':
+            if (!levels.empty())
+                levels.pop_back();
+            ++p;
+            break;
+        case ',':
+            if (!levels.empty() && levels.back().isObject) {
+                levels.back().expectKey = true;
+                levels.back().key = nullptr;
+            }
+            ++p;
+            break;
+        default:
+            ++p;
+            break;
+        }
+    }
+    return -1;
+}
+
 Json::Json(const QString &jsonOrFilePath, bool fromFile) : d(new JsonPrivate)
 {
     QByteArray bytes("{}");
@@ -66,6 +161,13 @@ Json::Json(const QString &jsonOrFilePath, bool fromFile) : d(new JsonPrivate)
         bytes = jsonOrFilePath.toUtf8();
     }
 
+    const int repeated = repeatedContainerKeyAt(bytes);
+    if (repeated >= 0) {
+        // Refused before the parser, which would leak the earlier value.
+        d->valid = false;
+        d->error = QStringLiteral("%1\nOffset: %2").arg(QStringLiteral("repeated object key")).arg(repeated);
+        return;
+    }
     QJsonParseError parseError;
     d->document = QJsonDocument::fromJson(bytes, &parseError);
     if (parseError.error != QJsonParseError::NoError) {

@@ -46,6 +46,12 @@ public:
     // non-object intermediate values become empty objects.
     void remove(const QString &path);
 
+    // The offset of the first key that an object of the JSON text repeats
+    // while its earlier value is an object or an array, or -1. Qt 5.15's
+    // parser never frees such an earlier value, so text like that must not
+    // reach it. Nothing else is checked; one pass, no allocation for usual text.
+    static int repeatedContainerKeyAt(const QByteArray &text);
+
     QString toString(bool pretty = false) const;
     // Writes toString(pretty) to path, replacing the file; false when it cannot be written.
     bool save(const QString &path, bool pretty = false) const;

@@ -4,6 +4,8 @@
 #include "nubixglobal.h"
 #include "tcpclient.h"
 
+#include <json.h>
+
 #include <QCborArray>
 #include <QCborMap>
 #include <QDateTime>
@@ -226,8 +228,14 @@ void NubixMessageHandler::handleMessage(const QString &message)
 {
     nubixDebug() << "NubixMessageHandler: Received message:" << message;
 
+    const QByteArray text = message.toLocal8Bit();
+    // A key repeated over an object or array would leak inside the parser.
+    if (Json::repeatedContainerKeyAt(text) >= 0) {
+        nubixWarning() << "NubixMessageHandler: Invalid message format";
+        return;
+    }
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(message.toLocal8Bit(), &error);
+    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     if (error.error != QJsonParseError::NoError || !document.isObject()) {
         nubixWarning() << "NubixMessageHandler: Invalid message format";
         return;

@@ -39,6 +39,8 @@ private Q_SLOTS:
     void writesCompactAndIndented();
     void savesAndLoadsFile();
     void failsOnFilesItCannotUse();
+    void findsKeysRepeatedOverContainers_data();
+    void findsKeysRepeatedOverContainers();
 };
 
 void TestJson::readsTypedValues_data()
@@ -246,6 +248,39 @@ void TestJson::failsOnFilesItCannotUse()
     QCOMPARE(json.toString(), text("{}"));
     QVERIFY(!json.save(dir.filePath(text("no/such/dir/doc.json"))));
     QVERIFY(!json.save(dir.path()));
+}
+
+// Text that repeats a key over an earlier object or array never reaches Qt's
+// parser (it would leak the earlier value); everything else does.
+void TestJson::findsKeysRepeatedOverContainers_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("offset");
+
+    QTest::newRow("object then scalar") << QByteArray(R"({"a":{"x":1},"a":1})") << 13;
+    QTest::newRow("array then object") << QByteArray(R"({"a":[1],"b":2,"a":{}})") << 15;
+    QTest::newRow("escaped spelling of the same key") << QByteArray(R"({"a":{},"\u0061":1})") << 8;
+    QTest::newRow("deep inside") << QByteArray(R"([1,{"k":{"a":[],"a":[]}}])") << 16;
+    QTest::newRow("scalar then object") << QByteArray(R"({"a":1,"a":{}})") << -1;
+    QTest::newRow("same key in sibling objects") << QByteArray(R"({"x":{"a":{}},"y":{"a":{}}})") << -1;
+    QTest::newRow("same key in array elements") << QByteArray(R"([{"a":{}},{"a":{}}])") << -1;
+    QTest::newRow("braces and quotes inside strings") << QByteArray(R"({"s":"}{\"a\":","a":{},"b":"a"})") << -1;
+    QTest::newRow("string value equal to the key") << QByteArray(R"({"a":[],"b":"a"})") << -1;
+    QTest::newRow("unterminated string") << QByteArray(R"({"a":{},"a)") << -1;
+    QTest::newRow("not json") << QByteArray("hello") << -1;
+}
+
+void TestJson::findsKeysRepeatedOverContainers()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(int, offset);
+
+    QCOMPARE(Json::repeatedContainerKeyAt(text), offset);
+    Json json(QString::fromUtf8(text));
+    if (offset >= 0) {
+        QVERIFY(!json.isValid());
+        QCOMPARE(json.errorString(), QStringLiteral("repeated object key\nOffset: %1").arg(offset));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestJson)

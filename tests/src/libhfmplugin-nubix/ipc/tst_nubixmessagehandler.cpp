@@ -157,6 +157,9 @@ void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning_data()
 
     QTest::newRow("not json") << QByteArray("hello there") << format;
     QTest::newRow("top-level array") << QByteArray(R"([{"type":"ping"}])") << format;
+    // The parser would leak the first "data"; such a message never reaches it.
+    QTest::newRow("key repeated over an object")
+        << QByteArray(R"({"type":"pong","data":{"method":"getSyncInfo"},"data":{"method":"getSyncInfo"}})") << format;
     QTest::newRow("unknown type") << QByteArray(R"({"type":"bogus","data":{"method":"x"}})")
                                   << warning(R"(Invalid message type: "bogus")");
     QTest::newRow("type missing") << QByteArray(R"({"data":{"method":"x"}})") << warning(R"(Invalid message type: "")");

@@ -1,25 +1,61 @@
 #!/usr/bin/env bash
-# Builds the transport fuzzer with clang in a build directory of its own and
-# runs it for N seconds (default 60) on a copy of the seed corpus. Exits
-# non-zero when the fuzzer finds a crash, a sanitizer report, a leak or a
-# time-out; the failing input is left in the current directory.
+# Builds the fuzz targets with clang in a build directory of their own and
+# runs each for a time or a number of executions on a copy of its seed
+# corpus, with its dictionary and the default sanitizer options.
+#
+#   scripts/run-fuzz.sh [SECONDS]            each target for SECONDS (default 20)
+#   scripts/run-fuzz.sh --runs N             each target for N executions
+#   scripts/run-fuzz.sh [...] -- TARGET...   only these (framing envelope answers portfile json)
+#
+# Prints one line of figures per target (executions, executions per second,
+# peak RSS, coverage) and exits non-zero when any target finds a crash, a
+# sanitizer report, a leak or a time-out; the failing input is kept under
+# $NUBIX_FUZZ_ARTIFACTS (default build-fuzz/artifacts). Copy it into
+# fuzz/regressions/<target>/ once fixed, so that ctest replays it.
 set -euo pipefail
-seconds=${1:-60}
 here=$(cd "$(dirname "$0")/.." && pwd)
 build=${NUBIX_FUZZ_BUILD_DIR:-$here/build-fuzz}
 jobs=${NUBIX_JOBS:-$(nproc 2>/dev/null || echo 2)}
+artifacts=${NUBIX_FUZZ_ARTIFACTS:-$build/artifacts}
 
-CXX=clang++ cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DNUBIX_BUILD_FUZZERS=ON -DNUBIX_BUILD_TESTS=OFF -DNUBIX_BUILD_BENCHMARKS=OFF
-cmake --build "$build" --target fuzz_nubix_transport -j "$jobs"
+limit=(-max_total_time=20)
+targets=(framing envelope answers portfile json)
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --runs) limit=(-runs="$2"); shift 2 ;;
+        --) shift; targets=("$@"); break ;;
+        *) limit=(-max_total_time="$1"); shift ;;
+    esac
+done
 
-corpus=$(mktemp -d "${TMPDIR:-/tmp}/nubix-fuzz-corpus.XXXXXX")
-trap 'rm -rf "$corpus"' EXIT
-cp -R "$here/fuzz/src/libhfmplugin-nubix/corpus/." "$corpus/"
+launcher=()
+if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
+CXX=clang++ cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" \
+    -DNUBIX_BUILD_FUZZERS=ON -DNUBIX_BUILD_TESTS=OFF -DNUBIX_BUILD_BENCHMARKS=OFF >/dev/null
+cmake --build "$build" -j "$jobs" --target "${targets[@]/#/fuzz_nubix_}"
 
-# Full stacks at every allocation, so that leaks inside Qt's JSON parser are
-# recognised by the suppression list; Qt itself has no frame pointers.
-export ASAN_OPTIONS="fast_unwind_on_malloc=0${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
-export LSAN_OPTIONS="suppressions=$here/fuzz/src/libhfmplugin-nubix/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
-"$build/fuzz/src/libhfmplugin-nubix/fuzz_nubix_transport" \
-    -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$corpus"
+mkdir -p "$artifacts"
+export LSAN_OPTIONS="suppressions=$here/fuzz/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
+declare -A dict=([framing]=protocol [envelope]=protocol [answers]=protocol [portfile]=portfile [json]=json)
+failed=0
+printf '%-10s %12s %10s %10s %8s %s\n' target execs exec/s peak_MB cov result
+for target in "${targets[@]}"; do
+    corpus=$(mktemp -d "${TMPDIR:-/tmp}/nubix-fuzz-$target.XXXXXX")
+    cp -R "$here/fuzz/corpus/$target/." "$corpus/"
+    log="$artifacts/$target.log"
+    status=ok
+    "$build/fuzz/fuzz_nubix_$target" "${limit[@]}" -timeout=10 -rss_limit_mb=2048 -max_len=8192 \
+        -print_final_stats=1 -dict="$here/fuzz/dict/${dict[$target]}.dict" \
+        -artifact_prefix="$artifacts/$target-" "$corpus" >"$log" 2>&1 || status=FAILED
+    rm -rf "$corpus"
+    execs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
+    speed=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log" | tail -1)
+    rss=$(sed -n 's/^stat::peak_rss_mb: *//p' "$log" | tail -1)
+    cov=$(grep -o 'cov: [0-9]*' "$log" | tail -1 | cut -d' ' -f2)
+    printf '%-10s %12s %10s %10s %8s %s\n' "$target" "${execs:-?}" "${speed:-?}" "${rss:-?}" "${cov:-?}" "$status"
+    if [ "$status" != ok ]; then
+        failed=1
+        tail -n 40 "$log" >&2
+    fi
+done
+exit $failed

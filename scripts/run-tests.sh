@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sets up a fresh machine, builds everything and runs every test:
 # the unit and integration tests, the ThreadSanitizer stress tests, the
-# whole suite again under AddressSanitizer and UBSan, and a short fuzzing run.
+# whole suite again under AddressSanitizer and UBSan, and a 20-second
+# fuzzing smoke of every target.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 cd "$here"
@@ -18,6 +19,6 @@ cmake --build "$build" -j "$jobs"
 
 if [ -x scripts/run-tsan-tests.sh ]; then bash scripts/run-tsan-tests.sh; fi
 if [ -x scripts/run-asan-tests.sh ]; then bash scripts/run-asan-tests.sh; fi
-if [ -x scripts/run-fuzz.sh ]; then bash scripts/run-fuzz.sh 60; fi
+if [ -x scripts/run-fuzz.sh ]; then bash scripts/run-fuzz.sh 20; fi
 # The Debian packages installed, used and purged (root only; skipped otherwise).
 bash scripts/package-test.sh

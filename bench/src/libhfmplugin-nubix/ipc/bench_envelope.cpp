@@ -6,6 +6,11 @@
 #include "ipc/nubixmessagehandler.h"
 #include "ipc/tcpclient.h"
 
+#include <json.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -66,6 +71,46 @@ static void BM_RequestDeliveredToPeer(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kBatch);
 }
 BENCHMARK(BM_RequestDeliveredToPeer)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// A file-status answer of 10,000 entries, indented as the client sends it.
+static QString fileStatusAnswer()
+{
+    QJsonArray result;
+    for (int i = 0; i < 10000; ++i) {
+        result.append(QJsonObject {{QStringLiteral("fileid"), i}, {QStringLiteral("isDir"), false},
+            {QStringLiteral("path"), QStringLiteral("/Documents/folder/file-%1.txt").arg(i)},
+            {QStringLiteral("plan"), QString()}, {QStringLiteral("plan_error"), 0},
+            {QStringLiteral("plan_status"), 3}});
+    }
+    const QJsonObject body {{QStringLiteral("method"), QStringLiteral("getFileStatus")},
+        {QStringLiteral("key"), QStringLiteral("{k")},
+        {QStringLiteral("data"), QJsonObject {{QStringLiteral("code"), 0}, {QStringLiteral("result"), result}}}};
+    return QString::fromUtf8(
+        QJsonDocument(QJsonObject {{QStringLiteral("type"), QStringLiteral("pong")}, {QStringLiteral("data"), body}})
+            .toJson());
+}
+
+// The whole handling of a large answer: text to bytes, the check for keys
+// repeated over containers, the parse and the parser of the records.
+static void BM_HandleFileStatusAnswer(benchmark::State &state)
+{
+    NubixMessageHandler handler;
+    const QString answer = fileStatusAnswer();
+    for (auto _ : state)
+        handler.handleMessage(answer);
+    state.SetBytesProcessed(state.iterations() * answer.size());
+}
+BENCHMARK(BM_HandleFileStatusAnswer)->Unit(benchmark::kMillisecond);
+
+// The check for repeated keys alone, on the same bytes: its share of the above.
+static void BM_RepeatedKeyCheck(benchmark::State &state)
+{
+    const QByteArray bytes = fileStatusAnswer().toUtf8();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Json::repeatedContainerKeyAt(bytes));
+    state.SetBytesProcessed(state.iterations() * bytes.size());
+}
+BENCHMARK(BM_RepeatedKeyCheck)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Each response and notification parser on its own: the first byte picks the
+// parser, the rest is the JSON text of the answer's "data" or of the
+// notification's "args", wrapped in a valid envelope, so that the fuzzer
+// spends its time inside the records rather than on the envelope.
+#include "fuzzsupport.h"
+#include "ipc/nubixmessagehandler.h"
+
+using hfmplugin_nubix::NubixMessageHandler;
+
+namespace {
+const char *const kResponses[] = {"getUserInfo", "getSyncInfo", "getFileStatus"};
+const char *const kNotifications[]
+    = {"syncInited", "syncRoot", "banDirs", "syncQuantity", "syncErrors", "fileSyncStatus"};
+}   // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    nubixfuzz::setUp(argc, argv);
+    NubixMessageHandler::instance();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size == 0)
+        return 0;
+    const int choice = data[0] % 9;
+    const QByteArray payload(reinterpret_cast<const char *>(data + 1), int(size - 1));
+    QByteArray message;
+    if (choice < 3) {
+        message = QByteArray("{\"type\":\"pong\",\"data\":{\"method\":\"") + kResponses[choice]
+            + "\",\"key\":\"{k\",\"data\":" + payload + "}}";
+    } else {
+        message = QByteArray("{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"key\":\"{k\",\"data\":{\"type\":\"")
+            + kNotifications[choice - 3] + "\",\"args\":" + payload + "}}}";
+    }
+    NubixMessageHandler::instance()->handleMessage(QString::fromUtf8(message));
+    return 0;
+}

@@ -13,6 +13,19 @@
 
 #include <cstdlib>
 
+namespace {
+bool hasHugeInteger(const QByteArray &text)
+{
+    int run = 0;
+    for (const char c : text) {
+        run = (c >= '0' && c <= '9') ? run + 1 : 0;
+        if (run >= 16)
+            return true;
+    }
+    return false;
+}
+}   // namespace
+
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     nubixfuzz::setUp(argc, argv);
@@ -51,7 +64,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             const QJsonArray holder = QJsonDocument::fromJson("[" + argument + "]").array();
             const QJsonValue value = holder.isEmpty() ? QJsonValue(QString::fromUtf8(argument)) : holder.first();
             json.set(path, value);
-            if (json.getJsonValue(path) != value)
+            // Integers beyond 2^53 are not kept exactly by Qt's JSON values.
+            if (!hasHugeInteger(argument) && json.getJsonValue(path) != value)
                 std::abort();
             break;
         }

@@ -5,9 +5,14 @@
 #include "messagelog.h"
 #include "teststrings.h"
 
+#include <QEventLoop>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
+#include <QTimer>
+
+#include <cstdio>
 
 using hfmplugin_nubix::TcpClient;
 
@@ -45,6 +50,7 @@ private Q_SLOTS:
     void sendsFramedUtf8();
     void newConnectionStartsEmpty();
     void destroysWhileConnected();
+    void closesAfterTheApplicationIsGone();
 };
 
 void TestTcpClient::refusedConnectionReportsError()
@@ -175,5 +181,52 @@ void TestTcpClient::destroysWhileConnected()
     QTRY_COMPARE(peer.socket->state(), QAbstractSocket::UnconnectedState);
 }
 
-QTEST_GUILESS_MAIN(TestTcpClient)
+// The plug-in's client is a static that goes after the application object at
+// exit; its socket must go with it all the same. A child process plays that
+// exit and then waits for its input to close, so that only our code can have
+// closed the connection, not the end of the process.
+void TestTcpClient::closesAfterTheApplicationIsGone()
+{
+    LocalPeer peer;
+    QProcess child;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("NUBIX_TEST_OUTLIVE_PORT"), QString::number(peer.port()));
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), QStringList());
+    QVERIFY(child.waitForStarted());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE_WITH_TIMEOUT(peer.socket->state(), QAbstractSocket::UnconnectedState, 10000);
+    child.closeWriteChannel();
+    QVERIFY(child.waitForFinished());
+    QCOMPARE(child.exitCode(), 0);
+}
+
+namespace {
+int runClientOutlivingApplication(int argc, char **argv, quint16 port)
+{
+    auto *app = new QCoreApplication(argc, argv);
+    auto *client = new TcpClient;
+    QEventLoop loop;
+    QObject::connect(client, &TcpClient::connected, &loop, &QEventLoop::quit);
+    QTimer::singleShot(10000, &loop, &QEventLoop::quit);
+    client->connectToServer(QStringLiteral("127.0.0.1"), port);
+    loop.exec();
+    delete app;
+    delete client;
+    char byte;
+    while (std::fread(&byte, 1, 1, stdin) == 1) { }
+    return 0;
+}
+}   // namespace
+
+int main(int argc, char **argv)
+{
+    const quint16 port = quint16(qEnvironmentVariableIntValue("NUBIX_TEST_OUTLIVE_PORT"));
+    if (port != 0)
+        return runClientOutlivingApplication(argc, argv, port);
+    QCoreApplication app(argc, argv);
+    TestTcpClient test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_tcpclient.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <hpf/event/event.h>
+#include <hpf/event/eventdefaults.h>
 
 #include <QAtomicInt>
 #include <QRegularExpression>
@@ -50,6 +51,16 @@ public:
     }
     QString objectNameOf(QObject *obj) { return obj ? obj->objectName() : QStringLiteral("null"); }
     int timerInterval(QTimer *timer) { return timer ? timer->interval() : -1; }
+    bool urlOnly(const QUrl &url)
+    {
+        calls << QStringLiteral("1:") + url.path();
+        return false;
+    }
+    bool urlAndFlag(const QUrl &url, bool flag)
+    {
+        calls << QStringLiteral("2:%1:%2").arg(url.path(), flag ? QStringLiteral("true") : QStringLiteral("false"));
+        return false;
+    }
 };
 
 void expectWarning(const QString &pattern)
@@ -380,6 +391,50 @@ private Q_SLOTS:
         QVERIFY(m_dispatcher->publish(2, QUrl(QStringLiteral("file:///x"))));
         QCOMPARE(calls, QStringList {QStringLiteral("file:///x")});
         QVERIFY(a.calls.isEmpty());
+    }
+
+    void trailingDefaultsServeEveryForm_data()
+    {
+        QTest::addColumn<bool>("declared");
+        QTest::addColumn<QVariantList>("args");
+        QTest::addColumn<QStringList>("expectedCalls");
+        QTest::addColumn<QStringList>("warnings");
+
+        const QUrl url(QStringLiteral("file:///x"));
+        const QString refused
+            = QStringLiteral("^Event receiver 2 refused the call: it takes %1 argument\\(s\\), %2 given$");
+        QTest::newRow("short form fills the default")
+            << true << QVariantList {url} << list("1:/x,2:/x:false,raw:2") << QStringList();
+        QTest::newRow("long form cut for the short receiver")
+            << true << QVariantList {url, true} << list("1:/x,2:/x:true,raw:2") << QStringList();
+        QTest::newRow("more than the long form is refused")
+            << true << QVariantList {url, true, 3} << list("raw:3")
+            << QStringList {refused.arg(1).arg(3), refused.arg(2).arg(3)};
+        QTest::newRow("fewer than the leading ones is refused")
+            << true << QVariantList() << list("raw:0") << QStringList {refused.arg(1).arg(0), refused.arg(2).arg(0)};
+        QTest::newRow("undeclared event is strict")
+            << false << QVariantList {url} << list("1:/x,raw:1") << QStringList {refused.arg(2).arg(1)};
+    }
+    void trailingDefaultsServeEveryForm()
+    {
+        QFETCH(bool, declared);
+        QFETCH(QVariantList, args);
+        QFETCH(QStringList, warnings);
+
+        if (declared)
+            hpf::declareTrailingDefaults(m_dispatcher.get(), 2, 1, QVariantList {false});
+        QVERIFY(m_dispatcher->installEventFilter(2, m_receiver.get(), &Receiver::urlOnly));
+        QVERIFY(m_dispatcher->installEventFilter(2, m_receiver.get(), &Receiver::urlAndFlag));
+        // An invoker that takes any list gets the long form.
+        QStringList &calls = m_receiver->calls;
+        m_dispatcher->subscribeInvoker(2, this, [&calls](const QVariantList &given) {
+            calls << QStringLiteral("raw:%1").arg(given.size());
+            return QVariant();
+        });
+        for (const QString &warning : warnings)
+            expectWarning(warning);
+        QVERIFY(m_dispatcher->publishList(2, args));
+        QTEST(m_receiver->calls, "expectedCalls");
     }
 
     void reentrantCallsFromReceivers()

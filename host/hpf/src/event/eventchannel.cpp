@@ -54,6 +54,8 @@ bool EventChannelManager::hasTopic(const QString &space, const QString &topic) c
 
 QVariant EventChannelManager::pushList(const QString &space, const QString &topic, const QVariantList &args)
 {
+    // Calls nested in a probed receiver are never probed themselves.
+    internal::ProbeScope notProbed(nullptr);
     if (Q_UNLIKELY(!internal::onMainThread()))
         internal::warnOffMainThread(internal::topicName(space, topic));
 

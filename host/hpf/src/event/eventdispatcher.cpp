@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <hpf/event/eventdefaults.h>
 #include <hpf/event/eventdispatcher.h>
 
 #include "../hpflog.h"
 #include "eventhelper.h"
 
 #include <QHash>
+#include <atomic>
 #include <mutex>
 #include <shared_mutex>
 
@@ -17,6 +19,79 @@ struct Dispatcher
     internal::ReceiverList filters;
     internal::ReceiverList listeners;
 };
+
+struct TrailingDefaults
+{
+    int leading = 0;
+    QVariantList defaults;
+};
+
+// The long form of a published list, or empty when no form of the
+// declaration matches it.
+QVariantList completeArguments(const QVariantList &args, const TrailingDefaults &shape)
+{
+    const int full = shape.leading + shape.defaults.size();
+    if (args.size() < shape.leading || args.size() > full)
+        return {};
+    QVariantList completed = args;
+    for (int i = args.size(); i < full; ++i)
+        completed.append(shape.defaults.at(i - shape.leading));
+    return completed;
+}
+
+// Declarations per dispatcher, kept outside it so that its layout stays.
+struct ShapeRegistry
+{
+    std::mutex lock;
+    QHash<const void *, QHash<EventType, TrailingDefaults>> shapes;
+    std::atomic<bool> any {false};
+};
+
+// Never destroyed: dispatchers that are static objects themselves reach it
+// from their destructors at exit.
+ShapeRegistry &shapeRegistry()
+{
+    static ShapeRegistry *registry = new ShapeRegistry;
+    return *registry;
+}
+
+bool shapeOf(const void *dispatcher, EventType type, TrailingDefaults *shape)
+{
+    ShapeRegistry &registry = shapeRegistry();
+    if (!registry.any.load(std::memory_order_relaxed))
+        return false;
+    std::lock_guard<std::mutex> locker(registry.lock);
+    const auto it = registry.shapes.constFind(dispatcher);
+    if (it == registry.shapes.cend())
+        return false;
+    const auto found = it->constFind(type);
+    if (found == it->cend())
+        return false;
+    *shape = *found;
+    return true;
+}
+
+// Calls a receiver of a declared event with the form it takes: the long
+// form first; a receiver that refuses it by count gets the list cut to its
+// length, or, when no form fits it, the list as published (and refuses that
+// with its own warning).
+QVariant invokeShaped(const internal::Receiver &receiver, const QVariantList &args, const QVariantList &completed,
+    const TrailingDefaults &shape)
+{
+    if (completed.isEmpty())
+        return internal::invoke(receiver, args);
+    int takes = -1;
+    QVariant result;
+    {
+        internal::ProbeScope probe(&takes);
+        result = internal::invoke(receiver, completed);
+    }
+    if (takes < 0)
+        return result;
+    if (takes >= shape.leading && takes < completed.size())
+        return internal::invoke(receiver, completed.mid(0, takes));
+    return internal::invoke(receiver, args);
+}
 
 }   // namespace
 
@@ -50,7 +125,12 @@ struct EventDispatcherManager::Private
 
 EventDispatcherManager::EventDispatcherManager() : d(new Private) { }
 
-EventDispatcherManager::~EventDispatcherManager() = default;
+EventDispatcherManager::~EventDispatcherManager()
+{
+    ShapeRegistry &registry = shapeRegistry();
+    std::lock_guard<std::mutex> locker(registry.lock);
+    registry.shapes.remove(this);
+}
 
 bool EventDispatcherManager::subscribeInvoker(EventType type, const void *owner, Invoker invoker)
 {
@@ -96,8 +176,29 @@ bool EventDispatcherManager::hasDispatcher(EventType type) const
     return d->table.contains(type);
 }
 
+void declareTrailingDefaults(
+    EventDispatcherManager *dispatcher, EventType type, int leading, const QVariantList &defaults)
+{
+    if (!dispatcher)
+        return;
+    ShapeRegistry &registry = shapeRegistry();
+    std::lock_guard<std::mutex> locker(registry.lock);
+    if (defaults.isEmpty() || leading < 0) {
+        auto it = registry.shapes.find(dispatcher);
+        if (it != registry.shapes.end()) {
+            it->remove(type);
+            if (it->isEmpty())
+                registry.shapes.erase(it);
+        }
+    } else {
+        registry.shapes[dispatcher].insert(type, TrailingDefaults {leading, defaults});
+        registry.any = true;
+    }
+}
+
 bool EventDispatcherManager::publishList(EventType type, const QVariantList &args)
 {
+    internal::ProbeScope notProbed(nullptr);
     if (Q_UNLIKELY(!internal::onMainThread()))
         internal::warnOffMainThread(eventName(type));
 
@@ -114,6 +215,8 @@ bool EventDispatcherManager::publishList(EventType type, const QVariantList &arg
         }
     }
 
+    TrailingDefaults shape;
+    const QVariantList completed = shapeOf(this, type, &shape) ? completeArguments(args, shape) : QVariantList();
     if (globals) {
         const QVariantList globalArgs {QVariant(type), QVariant(args)};
         for (const internal::Receiver &filter : *globals) {
@@ -123,13 +226,13 @@ bool EventDispatcherManager::publishList(EventType type, const QVariantList &arg
     }
     if (filters) {
         for (const internal::Receiver &filter : *filters) {
-            if (internal::invoke(filter, args).toBool())
+            if (invokeShaped(filter, args, completed, shape).toBool())
                 return false;
         }
     }
     if (listeners) {
         for (const internal::Receiver &listener : *listeners)
-            internal::invoke(listener, args);
+            invokeShaped(listener, args, completed, shape);
     }
     return true;
 }

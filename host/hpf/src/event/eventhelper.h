@@ -65,6 +65,26 @@ inline bool onMainThread()
 }
 
 void warnOffMainThread(const QString &name);
+
+// While a probe slot is set on this thread, the first argument-count refusal
+// stores the count the receiver takes there (and clears the slot) instead of
+// logging. A refused call has run nothing, so probing with a list is safe.
+extern thread_local int *countProbe;
+
+// Sets the probe slot for its lifetime (nullptr: none), restoring the
+// previous one; every entry point of a call clears it, so that calls nested
+// in a receiver are never probed.
+class ProbeScope
+{
+public:
+    explicit ProbeScope(int *slot) : saved(countProbe) { countProbe = slot; }
+    ~ProbeScope() { countProbe = saved; }
+    ProbeScope(const ProbeScope &) = delete;
+    ProbeScope &operator=(const ProbeScope &) = delete;
+
+private:
+    int *saved;
+};
 QString topicName(const QString &space, const QString &topic);
 
 inline QVariant invoke(const Receiver &receiver, const QVariantList &args)

@@ -77,6 +77,8 @@ bool EventSequenceManager::unfollow(const QString &space, const QString &hook, c
 
 bool EventSequenceManager::runList(const QString &space, const QString &hook, const QVariantList &args)
 {
+    // Calls nested in a probed receiver are never probed themselves.
+    internal::ProbeScope notProbed(nullptr);
     if (Q_UNLIKELY(!internal::onMainThread()))
         internal::warnOffMainThread(internal::topicName(space, hook));
 

@@ -10,6 +10,11 @@ namespace detail {
 
 void warnArgumentCount(const QString &where, int expected, int given)
 {
+    if (internal::countProbe) {
+        *internal::countProbe = expected;
+        internal::countProbe = nullptr;
+        return;
+    }
     qCWarning(logHpf).noquote() << "Event receiver" << where << "refused the call: it takes" << expected
                                 << "argument(s)," << given << "given";
 }
@@ -30,6 +35,8 @@ void warnReceiverGone(const QString &where)
 }   // namespace detail
 
 namespace internal {
+
+thread_local int *countProbe = nullptr;
 
 void warnOffMainThread(const QString &name)
 {

@@ -3,8 +3,14 @@
 
 #include <hfmbase/globaleventtype.h>
 #include <hpf/event/event.h>
+#include <hpf/event/eventdefaults.h>
 
 namespace hdehost {
+
+void declareNavigationEvents()
+{
+    hpf::declareTrailingDefaults(hpf::dispatcher(), hfmbase::kOpenNewWindow, 1, QVariantList {false});
+}
 
 bool requestChangeUrl(quint64 windowId, const QUrl &url)
 {

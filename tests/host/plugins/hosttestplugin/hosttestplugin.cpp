@@ -74,6 +74,7 @@ void HostTestPlugin::initialize()
     auto *dispatcher = hpf::dispatcher();
     dispatcher->installEventFilter(hfmbase::kChangeCurrentUrl, this, &HostTestPlugin::filterChangeUrl);
     dispatcher->installEventFilter(hfmbase::kOpenNewWindow, this, &HostTestPlugin::filterNewWindow);
+    dispatcher->installEventFilter(hfmbase::kOpenNewWindow, this, &HostTestPlugin::filterNewWindow2);
     dispatcher->installEventFilter(hfmbase::kOpenNewTab, this, &HostTestPlugin::filterNewTab);
     dispatcher->subscribe(hfmbase::kChangeCurrentUrl, this, &HostTestPlugin::onEntered);
 }
@@ -197,7 +198,16 @@ bool HostTestPlugin::filterChangeUrl(quint64 windowId, const QUrl &url)
 
 bool HostTestPlugin::filterNewWindow(const QUrl &url)
 {
+    setProperty("newWindowCalls", property("newWindowCalls").toStringList() << QStringLiteral("1:") + url.toString());
     return filter(url, [](const QUrl &target) { hpf::dispatcher()->publish(hfmbase::kOpenNewWindow, target); });
+}
+
+bool HostTestPlugin::filterNewWindow2(const QUrl &url, bool flag)
+{
+    setProperty("newWindowCalls",
+        property("newWindowCalls").toStringList()
+            << QStringLiteral("2:%1:%2").arg(url.toString(), flag ? QStringLiteral("true") : QStringLiteral("false")));
+    return false;
 }
 
 bool HostTestPlugin::filterNewTab(quint64 windowId, const QUrl &url)

@@ -33,6 +33,8 @@ public:
 
     bool filterChangeUrl(quint64 windowId, const QUrl &url);
     bool filterNewWindow(const QUrl &url);
+    // The second form of event 2; records what it saw in "newWindowCalls".
+    bool filterNewWindow2(const QUrl &url, bool flag);
     bool filterNewTab(quint64 windowId, const QUrl &url);
     void onEntered(quint64 windowId, const QUrl &url);
     bool hookTabName(const QUrl &url, QString *name);

@@ -7,6 +7,12 @@
 // veto or redirect them; the workspace listens and does the work. GUI thread.
 namespace hdehost {
 
+// Declares the optional trailing bool of event 2 (default false), so that a
+// new-window request published as (URL) or as (URL, bool) reaches receivers
+// of either form without a warning. Idempotent; the app and the workspace
+// call it before any navigation.
+void declareNavigationEvents();
+
 // Event 1: show `url` in the window's current tab. False when a filter consumed it.
 bool requestChangeUrl(quint64 windowId, const QUrl &url);
 // Event 2: open a new window at `url`.

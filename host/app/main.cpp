@@ -25,6 +25,7 @@ int main(int argc, char *argv[])
         return 0;
     }
 
+    hdeapp::applyDefaultLogRules();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("hde-file-manager"));
     QApplication::setApplicationVersion(QStringLiteral(HDE_FM_VERSION));
@@ -40,6 +41,7 @@ int main(int argc, char *argv[])
     hdeapp::installTranslations();
     hdeapp::chooseIconTheme();
     hdehost::registerHostMetaTypes();
+    hdehost::declareNavigationEvents();
     htk::MessageDialog::setAutomationMode(automation);
 
     hdeapp::OperationLog log;

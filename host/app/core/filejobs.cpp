@@ -3,6 +3,7 @@
 
 #include <hostcommon/urlhelpers.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -51,24 +52,52 @@ bool isInside(const QString &path, const QString &dir)
     return cleanPath == cleanDir || cleanPath.startsWith(cleanDir + QLatin1Char('/'));
 }
 
-// `created` tells whether `target` was made here, so that only our own
-// half-made copy is ever cleaned away.
-bool copyEntry(
-    const QString &source, const QString &target, const std::atomic<bool> *cancelled, QString *error, bool *created)
+// What kind of special file `mode` is, or empty for files, folders and links.
+QString specialKind(mode_t mode)
+{
+    if (S_ISFIFO(mode))
+        return QStringLiteral("a FIFO");
+    if (S_ISSOCK(mode))
+        return QStringLiteral("a socket");
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return QStringLiteral("a device");
+    return QString();
+}
+
+// Copies `source` to `target`, adding one line to `problems` for each item
+// that could not be copied (special files are skipped: opening a FIFO would
+// block the job for ever). `created` tells whether `target` was made here,
+// so that only our own copy is ever cleaned away. True when everything
+// arrived.
+bool copyEntry(const QString &source, const QString &target, const std::atomic<bool> *cancelled, QStringList *problems,
+    bool *created)
 {
     *created = false;
     if (cancelled && cancelled->load()) {
-        *error = QStringLiteral("cancelled");
+        problems->append(QStringLiteral("cancelled"));
+        return false;
+    }
+    struct stat st;
+    if (::lstat(QFile::encodeName(source).constData(), &st) != 0) {
+        problems->append(QStringLiteral("\"%1\" does not exist").arg(source));
+        return false;
+    }
+    if (S_ISLNK(st.st_mode)) {
+        QString error;
+        *created = makeLink(readLink(source), target, &error);
+        if (!*created)
+            problems->append(error);
+        return *created;
+    }
+    const QString special = specialKind(st.st_mode);
+    if (!special.isEmpty()) {
+        problems->append(QStringLiteral("skipped \"%1\": it is %2").arg(source, special));
         return false;
     }
     const QFileInfo info(source);
-    if (info.isSymLink()) {
-        *created = makeLink(readLink(source), target, error);
-        return *created;
-    }
-    if (info.isDir()) {
+    if (S_ISDIR(st.st_mode)) {
         if (pathTaken(target) || !QDir().mkdir(target)) {
-            *error = QStringLiteral("cannot create the folder \"%1\"").arg(target);
+            problems->append(QStringLiteral("cannot create the folder \"%1\"").arg(target));
             return false;
         }
         *created = true;
@@ -77,27 +106,20 @@ bool copyEntry(
         bool ok = true;
         while (it.hasNext()) {
             it.next();
-            QString childError;
             bool childCreated = false;
             if (!copyEntry(
-                    it.filePath(), target + QLatin1Char('/') + it.fileName(), cancelled, &childError, &childCreated)) {
-                if (ok)
-                    *error = childError;
+                    it.filePath(), target + QLatin1Char('/') + it.fileName(), cancelled, problems, &childCreated)) {
                 ok = false;
                 if (cancelled && cancelled->load())
-                    return false;
+                    break;
             }
         }
         QFile::setPermissions(target, info.permissions());
         return ok;
     }
-    if (!info.exists()) {
-        *error = QStringLiteral("\"%1\" does not exist").arg(source);
-        return false;
-    }
     QFile file(source);
     if (!file.copy(target)) {
-        *error = QStringLiteral("cannot copy \"%1\" to \"%2\": %3").arg(source, target, file.errorString());
+        problems->append(QStringLiteral("cannot copy \"%1\" to \"%2\": %3").arg(source, target, file.errorString()));
         return false;
     }
     *created = true;
@@ -144,6 +166,7 @@ TransferResult transfer(
     auto fail = [&result](const QString &error) {
         if (result.error.isEmpty())
             result.error = error;
+        result.problems.append(error);
     };
     const QFileInfo dirInfo(targetDir);
     if (!dirInfo.isDir()) {
@@ -175,32 +198,157 @@ TransferResult transfer(
             fail(QStringLiteral("no free name for \"%1\" in \"%2\"").arg(source.fileName(), target));
             continue;
         }
-        QString error;
         // A rename keeps the inode and is atomic; it never replaces a name
-        // that appeared meanwhile. Across file systems it fails and the long
-        // way is taken.
-        if (move
-            && ::renameat2(AT_FDCWD, QFile::encodeName(clean).constData(), AT_FDCWD,
-                   QFile::encodeName(destination).constData(), RENAME_NOREPLACE)
+        // that appeared meanwhile. Only across file systems is the long way
+        // (copy, then remove) taken: any other refusal (a read-only folder)
+        // would refuse the removal as well, after the copy.
+        if (move) {
+            if (::renameat2(AT_FDCWD, QFile::encodeName(clean).constData(), AT_FDCWD,
+                    QFile::encodeName(destination).constData(), RENAME_NOREPLACE)
                 == 0) {
-            result.targets.append(destination);
-            continue;
+                result.targets.append(destination);
+                continue;
+            }
+            if (errno != EXDEV) {
+                fail(QStringLiteral("cannot move \"%1\": %2; nothing was moved").arg(sourcePath, systemError()));
+                continue;
+            }
         }
+        QStringList problems;
         bool created = false;
-        if (!copyEntry(clean, destination, cancelled, &error, &created)) {
-            // What arrived of a failed copy is ours and incomplete.
+        const bool whole = copyEntry(clean, destination, cancelled, &problems, &created);
+        const bool stopped = cancelled && cancelled->load();
+        if (!whole && (move || stopped || !created)) {
+            // A move keeps its source whole, so a partial copy of it goes;
+            // a cancelled copy leaves nothing half made.
             QString ignored;
             if (created)
                 removePath(destination, &ignored);
-            fail(error);
+            for (const QString &problem : problems)
+                fail(move ? QStringLiteral("%1; \"%2\" was not moved").arg(problem, sourcePath) : problem);
             continue;
         }
+        // A copy keeps what arrived and names each item that did not.
+        for (const QString &problem : problems)
+            fail(problem);
         result.targets.append(destination);
-        // The copy is whole; a source that cannot go is reported, the copy stays.
-        if (move && !removePath(clean, &error))
-            fail(error);
+        if (!move)
+            continue;
+        QString error;
+        if (!removePath(clean, &error))
+            fail(QStringLiteral("\"%1\" was copied to \"%2\" but could not be removed: %3")
+                     .arg(sourcePath, destination, error));
     }
     return result;
+}
+
+QString homeTrashPath()
+{
+    QString data = qEnvironmentVariable("XDG_DATA_HOME");
+    if (data.isEmpty() || !QDir::isAbsolutePath(data)) {
+        const QString home = qEnvironmentVariable("HOME");
+        if (home.isEmpty() || !QDir::isAbsolutePath(home))
+            return QString();
+        data = home + QStringLiteral("/.local/share");
+    }
+    return QDir::cleanPath(data) + QStringLiteral("/Trash");
+}
+
+namespace {
+
+// Creates `path` and its missing parents with mode 0700; an existing folder
+// keeps its mode.
+bool makePrivatePath(const QString &path, QString *error)
+{
+    const QStringList parts = QDir::cleanPath(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    QString current;
+    for (const QString &part : parts) {
+        current += QLatin1Char('/') + part;
+        const QByteArray encoded = QFile::encodeName(current);
+        struct stat st;
+        if (::stat(encoded.constData(), &st) == 0) {
+            if (S_ISDIR(st.st_mode))
+                continue;
+            *error = QStringLiteral("\"%1\" is not a folder").arg(current);
+            return false;
+        }
+        if (::mkdir(encoded.constData(), 0700) != 0 && errno != EEXIST) {
+            *error = QStringLiteral("cannot create the folder \"%1\": %2").arg(current, systemError());
+            return false;
+        }
+    }
+    return true;
+}
+
+}   // namespace
+
+bool moveToTrash(const QString &path, QString *inTrash, QString *error)
+{
+    const QString trash = homeTrashPath();
+    if (trash.isEmpty()) {
+        *error = QStringLiteral("cannot move \"%1\" to the trash: there is no home folder").arg(path);
+        return false;
+    }
+    const QString source = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    if (!pathTaken(source)) {
+        *error = QStringLiteral("cannot move \"%1\" to the trash: it does not exist").arg(path);
+        return false;
+    }
+    if (isInside(trash, source)) {
+        *error = QStringLiteral("cannot move \"%1\" to the trash: the trash is inside it").arg(path);
+        return false;
+    }
+    QString why;
+    if (!makePrivatePath(trash + QStringLiteral("/files"), &why)
+        || !makePrivatePath(trash + QStringLiteral("/info"), &why)) {
+        *error = QStringLiteral("cannot move \"%1\" to the trash: %2").arg(path, why);
+        return false;
+    }
+    // The info file is made first and exclusively: it reserves the name.
+    const QString name = QFileInfo(source).fileName();
+    QString infoPath;
+    QString filesPath;
+    int fd = -1;
+    const bool folder = QFileInfo(source).isDir() && !QFileInfo(source).isSymLink();
+    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+        const QString candidate = hdehost::freeFileName(
+            name,
+            [&trash](const QString &c) {
+                return pathTaken(trash + QStringLiteral("/files/") + c)
+                    || pathTaken(trash + QStringLiteral("/info/") + c + QStringLiteral(".trashinfo"));
+            },
+            folder);
+        if (candidate.isEmpty())
+            break;
+        filesPath = trash + QStringLiteral("/files/") + candidate;
+        infoPath = trash + QStringLiteral("/info/") + candidate + QStringLiteral(".trashinfo");
+        fd = ::open(QFile::encodeName(infoPath).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (fd < 0 && errno != EEXIST) {
+            *error = QStringLiteral("cannot move \"%1\" to the trash: %2").arg(path, systemError());
+            return false;
+        }
+    }
+    if (fd < 0) {
+        *error = QStringLiteral("cannot move \"%1\" to the trash: no free name").arg(path);
+        return false;
+    }
+    const QByteArray info = "[Trash Info]\nPath=" + QUrl::toPercentEncoding(source, "/")
+        + "\nDeletionDate=" + QDateTime::currentDateTime().toString(Qt::ISODate).left(19).toUtf8() + "\n";
+    const bool written = ::write(fd, info.constData(), size_t(info.size())) == ssize_t(info.size());
+    ::close(fd);
+    if (!written
+        || ::renameat2(AT_FDCWD, QFile::encodeName(source).constData(), AT_FDCWD,
+               QFile::encodeName(filesPath).constData(), RENAME_NOREPLACE)
+            != 0) {
+        const QString reason = written
+            ? (errno == EXDEV ? QStringLiteral("it is on another file system") : systemError())
+            : QStringLiteral("cannot write its trash record");
+        ::unlink(QFile::encodeName(infoPath).constData());
+        *error = QStringLiteral("cannot move \"%1\" to the trash: %2").arg(path, reason);
+        return false;
+    }
+    *inTrash = filesPath;
+    return true;
 }
 
 }   // namespace hdeapp

@@ -19,6 +19,10 @@ struct TransferResult
     // Empty when every source arrived; else the first problem (later
     // sources are still tried).
     QString error;
+    // Every problem, one line per item that was not done or done only in
+    // part (a skipped FIFO, a source that could not be removed after its
+    // copy); what the lines do not name was done.
+    QStringList problems;
     bool ok() const { return error.isEmpty(); }
 };
 
@@ -34,5 +38,14 @@ bool removePath(const QString &path, QString *error);
 QString freeTargetPath(const QString &dir, const QString &name, bool folder = false);
 // Whether `path` names anything, a dangling link included.
 bool pathTaken(const QString &path);
+
+// The home trash: $XDG_DATA_HOME/Trash (XDG_DATA_HOME when it is an
+// absolute path, else $HOME/.local/share); empty when HOME is unset too.
+QString homeTrashPath();
+// Moves `path` into the home trash (files/ plus an info/NAME.trashinfo
+// record), creating the trash folders with mode 0700 where missing. False
+// with `error` when it cannot, the file then left where it was. `inTrash` is
+// its new place.
+bool moveToTrash(const QString &path, QString *inTrash, QString *error);
 
 }   // namespace hdeapp

@@ -363,7 +363,8 @@ void FileOperations::transfer(quint64 windowId, const QList<QUrl> &sources, cons
             return hdeapp::transfer(paths, targetDir, move);
         },
         [this, sources, handler, resultEvent, title, unresolved, targetDir](const TransferResult &result) {
-            QString message = unresolved.isEmpty() ? result.error : unresolved;
+            // One line per item that was not done, so the report matches the disk.
+            QString message = unresolved.isEmpty() ? result.problems.join(QLatin1Char('\n')) : unresolved;
             if (targetDir.isEmpty() && message.isEmpty())
                 message = tr("no target folder");
             const bool ok = message.isEmpty();
@@ -445,18 +446,17 @@ void FileOperations::removeFiles(
                 bool ok = false;
                 if (toTrash) {
                     QString inTrash;
-                    ok = QFile::moveToTrash(path, &inTrash);
+                    ok = hdeapp::moveToTrash(path, &inTrash, &error);
                     if (ok)
                         outcome.done.append(inTrash);
-                    else
-                        error = QStringLiteral("cannot move \"%1\" to the trash").arg(path);
                 } else {
                     ok = removePath(path, &error);
                     if (ok)
                         outcome.done.append(path);
                 }
-                if (!ok && outcome.error.isEmpty())
-                    outcome.error = error;
+                // Every item that stayed is named, not only the first.
+                if (!ok)
+                    outcome.error += (outcome.error.isEmpty() ? QString() : QStringLiteral("\n")) + error;
             }
             return outcome;
         },

@@ -10,11 +10,24 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QLocale>
+#include <QLoggingCategory>
+#include <QStandardPaths>
 #include <QTranslator>
 
 #include <cstring>
 
+Q_LOGGING_CATEGORY(logStartup, "org.sablo.hde.filemanager.startup")
+
 namespace hdeapp {
+
+void applyDefaultLogRules()
+{
+    // Rules set here give way to QT_LOGGING_CONF and QT_LOGGING_RULES; a
+    // user's own qtlogging.ini is left in charge entirely.
+    if (QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("QtProject/qtlogging.ini"))
+            .isEmpty())
+        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
+}
 
 QString versionLine()
 {
@@ -133,6 +146,7 @@ QList<QUrl> startUrls(const QStringList &locations, QStringList *rejected)
 
 bool startPlugins(const QStringList &dirs, const QStringList &blackList)
 {
+    qCDebug(logStartup) << "Loading plug-ins from" << dirs << "except" << blackList;
     hpf::LifeCycle::setPluginPaths(dirs);
     hpf::LifeCycle::setBlackList(blackList);
     if (!hpf::LifeCycle::readPlugins())

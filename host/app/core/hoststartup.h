@@ -38,5 +38,8 @@ QList<QUrl> startUrls(const QStringList &locations, QStringList *rejected);
 bool startPlugins(const QStringList &dirs, const QStringList &blackList);
 // Prefers a full icon theme when the platform gives none.
 void chooseIconTheme();
+// Turns debug lines off by default; QT_LOGGING_RULES, QT_LOGGING_CONF or the
+// user's QtProject/qtlogging.ini turn them back on. Call before any logging.
+void applyDefaultLogRules();
 
 }   // namespace hdeapp

@@ -8,6 +8,10 @@
 
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
 using namespace filetest;
 using hdeapp::TransferResult;
 
@@ -26,6 +30,11 @@ private Q_SLOTS:
     void refusals_data();
     void refusals();
     void removeNeverFollowsLinks();
+    void trashFollowsTheHomeTrashLayout_data();
+    void specialFilesNeverBlock_data();
+    void specialFilesNeverBlock();
+    void moveOutOfReadOnlyFolderChangesNothing();
+    void trashFollowsTheHomeTrashLayout();
 
 private:
     QString at(const QString &relative) const { return dir->filePath(relative); }
@@ -198,6 +207,215 @@ void FileJobsTest::removeNeverFollowsLinks()
     QCOMPARE(tree(dir->path()), words("kept/|kept/precious.txt"));
     QVERIFY(!hdeapp::removePath(at("doomed"), &error));
     QVERIFY(error.contains(QLatin1String("does not exist")));
+}
+
+namespace {
+
+int modeOf(const QString &path)
+{
+    struct stat st;
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
+}
+
+// Sets or clears an environment variable for the lifetime of the object.
+class EnvSwap
+{
+public:
+    EnvSwap(const char *name, const QString &value) : name(name), had(qEnvironmentVariableIsSet(name))
+    {
+        old = qgetenv(name);
+        if (value.isNull())
+            qunsetenv(name);
+        else
+            qputenv(name, value.toUtf8());
+    }
+    ~EnvSwap()
+    {
+        if (had)
+            qputenv(name, old);
+        else
+            qunsetenv(name);
+    }
+
+private:
+    const char *name;
+    bool had;
+    QByteArray old;
+};
+
+}   // namespace
+
+void FileJobsTest::trashFollowsTheHomeTrashLayout_data()
+{
+    QTest::addColumn<QString>("xdgDataHome");   // relative to the test folder unless absolute-looking "/..."
+    QTest::addColumn<bool>("hasHome");
+    QTest::addColumn<QStringList>("existing");   // made before; "Trash 0755" style entries are folders
+    QTest::addColumn<QString>("trash");   // expected trash folder, empty: trashing fails
+    QTest::addColumn<QString>("name");   // expected name in files/
+    QTest::addColumn<QStringList>("privateFolders");   // folders that must have been created with 0700
+
+    const QString home = QStringLiteral("home/.local/share/Trash");
+    QTest::newRow("no data folder yet") << QString() << true << QStringList() << home << "a.txt"
+                                        << words("home/.local|home/.local/share|home/.local/share/Trash|"
+                                                 "home/.local/share/Trash/files|home/.local/share/Trash/info");
+    QTest::newRow("XDG_DATA_HOME not there yet") << "data" << true << QStringList() << "data/Trash"
+                                                 << "a.txt" << words("data|data/Trash|data/Trash/files");
+    QTest::newRow("relative XDG_DATA_HOME ignored")
+        << "@relative/data" << true << QStringList() << home << "a.txt" << words("home/.local/share/Trash");
+    QTest::newRow("existing trash keeps its mode") << QString() << true << words("home/.local/share/Trash") << home
+                                                   << "a.txt" << words("home/.local/share/Trash/info");
+    QTest::newRow("name taken in the trash")
+        << QString() << true << words("home/.local/share/Trash/files/a.txt") << home << "a (1).txt" << QStringList();
+    QTest::newRow("no home at all") << QString() << false << QStringList() << QString() << QString() << QStringList();
+}
+
+void FileJobsTest::trashFollowsTheHomeTrashLayout()
+{
+    QFETCH(QString, xdgDataHome);
+    QFETCH(bool, hasHome);
+    QFETCH(QStringList, existing);
+    QFETCH(QString, trash);
+    QFETCH(QString, name);
+    QFETCH(QStringList, privateFolders);
+
+    QDir().mkpath(at("home"));
+    QDir().mkpath(at("cwd"));
+    for (const QString &entry : existing) {
+        if (entry.endsWith(QLatin1String(".txt")))
+            writeFile(at(entry), "older");
+        else
+            QVERIFY(QDir().mkpath(at(entry)));
+        QFile::setPermissions(at(entry), QFileDevice::Permissions(0x7755));
+    }
+    writeFile(at("docs/a.txt"), "a");
+    const QString xdg = xdgDataHome.isEmpty()      ? QString()
+        : xdgDataHome.startsWith(QLatin1Char('@')) ? xdgDataHome.mid(1)
+                                                   : at(xdgDataHome);
+    EnvSwap homeEnv("HOME", hasHome ? at("home") : QString());
+    EnvSwap dataEnv("XDG_DATA_HOME", xdg);
+    const QString cwd = QDir::currentPath();
+    QDir::setCurrent(at("cwd"));
+
+    QString inTrash;
+    QString error;
+    const bool ok = hdeapp::moveToTrash(at("docs/a.txt"), &inTrash, &error);
+    QDir::setCurrent(cwd);
+
+    // Nothing ever lands in the working folder.
+    QCOMPARE(tree(at("cwd")), QStringList());
+    if (trash.isEmpty()) {
+        QVERIFY(!ok);
+        QVERIFY2(error.contains(QLatin1String("no home folder")), qPrintable(error));
+        QCOMPARE(readFile(at("docs/a.txt")), QByteArray("a"));
+        return;
+    }
+    QVERIFY2(ok, qPrintable(error));
+    QCOMPARE(inTrash, at(trash + QStringLiteral("/files/") + name));
+    QCOMPARE(readFile(inTrash), QByteArray("a"));
+    QVERIFY(!QFileInfo::exists(at("docs/a.txt")));
+    const QByteArray info = readFile(at(trash + QStringLiteral("/info/") + name + QStringLiteral(".trashinfo")));
+    QVERIFY2(
+        info.startsWith("[Trash Info]\nPath=" + QUrl::toPercentEncoding(at("docs/a.txt"), "/") + "\nDeletionDate="),
+        info.constData());
+    for (const QString &folder : privateFolders)
+        QCOMPARE(QString::number(modeOf(at(folder)), 8), QStringLiteral("700"));
+    for (const QString &entry : existing) {
+        if (!entry.endsWith(QLatin1String(".txt")))
+            QCOMPARE(QString::number(modeOf(at(entry)), 8), QStringLiteral("755"));
+    }
+}
+
+void FileJobsTest::specialFilesNeverBlock_data()
+{
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("source");   // "folder" holds a.txt and the FIFO "pipe"
+    QTest::addColumn<QStringList>("expectedTree");   // of "dst" afterwards
+    QTest::addColumn<bool>("sourceStays");
+    QTest::addColumn<QStringList>("problemParts");   // one entry per expected problem line
+
+    QTest::newRow("copy a folder holding a FIFO")
+        << "copy"
+        << "folder" << words("folder/|folder/a.txt") << true << words("skipped|pipe|a FIFO");
+    QTest::newRow("copy a FIFO alone") << "copy"
+                                       << "folder/pipe" << QStringList() << true << words("a FIFO");
+    QTest::newRow("move a folder holding a FIFO")
+        << "move"
+        << "folder" << words("folder/|folder/a.txt|folder/pipe") << false << QStringList();
+    QTest::newRow("move across file systems keeps the source whole")
+        << "move-other-fs"
+        << "folder" << QStringList() << true << words("a FIFO|was not moved");
+    QTest::newRow("trash a folder holding a FIFO") << "trash"
+                                                   << "folder" << QStringList() << false << QStringList();
+    QTest::newRow("delete a folder holding a FIFO") << "delete"
+                                                    << "folder" << QStringList() << false << QStringList();
+}
+
+void FileJobsTest::specialFilesNeverBlock()
+{
+    QFETCH(QString, operation);
+    QFETCH(QString, source);
+    QFETCH(QStringList, problemParts);
+
+    writeFile(at("folder/a.txt"), "a");
+    QVERIFY(::mkfifo(QFile::encodeName(at("folder/pipe")).constData(), 0644) == 0);
+    QDir().mkpath(at("dst"));
+    QString dst = at("dst");
+    std::unique_ptr<QTemporaryDir> elsewhere;
+    if (operation == QLatin1String("move-other-fs")) {
+        // A folder on another file system forces the copy-then-remove way.
+        struct stat here;
+        struct stat there;
+        if (::stat("/dev/shm", &there) != 0 || ::stat(QFile::encodeName(dir->path()).constData(), &here) != 0
+            || here.st_dev == there.st_dev)
+            QSKIP("no second file system at /dev/shm");
+        elsewhere.reset(new QTemporaryDir(QStringLiteral("/dev/shm/filejobs-XXXXXX")));
+        QVERIFY(elsewhere->isValid());
+        dst = elsewhere->path();
+    }
+    QStringList problems;
+    if (operation.startsWith(QLatin1String("copy")) || operation.startsWith(QLatin1String("move"))) {
+        const TransferResult result = hdeapp::transfer({at(source)}, dst, operation != QLatin1String("copy"));
+        problems = result.problems;
+    } else if (operation == QLatin1String("trash")) {
+        EnvSwap dataEnv("XDG_DATA_HOME", at("data"));
+        QString inTrash;
+        QString error;
+        QVERIFY2(hdeapp::moveToTrash(at(source), &inTrash, &error), qPrintable(error));
+        QCOMPARE(tree(at("data/Trash/files")), words("folder/|folder/a.txt|folder/pipe"));
+    } else {
+        QString error;
+        QVERIFY2(hdeapp::removePath(at(source), &error), qPrintable(error));
+    }
+
+    QTEST(tree(dst), "expectedTree");
+    QTEST(QFileInfo::exists(at(source)), "sourceStays");
+    if (QFileInfo::exists(at("folder")))
+        QCOMPARE(readFile(at("folder/a.txt")), QByteArray("a"));
+    // Every problem is named by one line; none when all was done.
+    QCOMPARE(problems.size(), problemParts.isEmpty() ? 0 : 1);
+    for (const QString &part : problemParts)
+        QVERIFY2(problems.value(0).contains(part), qPrintable(problems.join(QLatin1Char('\n'))));
+}
+
+void FileJobsTest::moveOutOfReadOnlyFolderChangesNothing()
+{
+    if (::geteuid() == 0)
+        QSKIP("root may write into read-only folders");
+    writeFile(at("locked/folder/a.txt"), "a");
+    writeFile(at("locked/folder/sub/b.txt"), "b");
+    QDir().mkpath(at("dst"));
+    QVERIFY(QFile::setPermissions(at("locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+
+    const TransferResult result = hdeapp::transfer({at("locked/folder")}, at("dst"), true);
+    QFile::setPermissions(at("locked"), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+
+    // Nothing was copied and the folder kept its content; the report says so.
+    QVERIFY(!result.ok());
+    QCOMPARE(result.problems.size(), 1);
+    QVERIFY2(result.problems.first().contains(QLatin1String("nothing was moved")), qPrintable(result.error));
+    QVERIFY(result.targets.isEmpty());
+    QCOMPARE(tree(at("dst")), QStringList());
+    QCOMPARE(tree(at("locked")), words("folder/|folder/a.txt|folder/sub/|folder/sub/b.txt"));
 }
 
 QTEST_GUILESS_MAIN(FileJobsTest)

@@ -62,9 +62,12 @@ private Q_SLOTS:
     void menusAreListedAndTriggered();
     void topWidgetEmblemsAndSidebarInState();
     void customViewClickAndScreenshot();
+    void debugLinesFollowTheLogRules_data();
+    void debugLinesFollowTheLogRules();
 
 private:
-    Run run(const QString &script, const QStringList &arguments = QStringList());
+    Run run(const QString &script, const QStringList &arguments = QStringList(),
+        const QProcessEnvironment &extra = QProcessEnvironment());
     QString path(const QString &relative) const { return QDir(tmp->path()).filePath(relative); }
     QString path(const char *relative) const { return path(QString::fromUtf8(relative)); }
     QString expand(QString text) const { return text.replace(QStringLiteral("$ROOT"), path("root")); }
@@ -82,7 +85,7 @@ void HostScriptsTest::init()
     QDir().mkpath(path("home/.local/share"));
 }
 
-Run HostScriptsTest::run(const QString &script, const QStringList &arguments)
+Run HostScriptsTest::run(const QString &script, const QStringList &arguments, const QProcessEnvironment &extra)
 {
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -92,6 +95,12 @@ Run HostScriptsTest::run(const QString &script, const QStringList &arguments)
     env.insert(QStringLiteral("HOSTTEST_ROOT"), path("root"));
     env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.info=false"));
     env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
+    for (const QString &key : extra.keys()) {
+        if (extra.value(key).isEmpty())
+            env.remove(key);
+        else
+            env.insert(key, extra.value(key));
+    }
     process.setProcessEnvironment(env);
     QStringList args {QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("--plugin-dir"),
         QStringLiteral(HOSTTEST_PLUGIN_DIR), QStringLiteral("--disable-plugin"), QStringLiteral("hfmplugin-nubix")};
@@ -157,6 +166,34 @@ void HostScriptsTest::exitCodes()
     QCOMPARE(result.exitCode, exitCode);
     QVERIFY2(result.errors.contains(errorPart), qPrintable(result.errors));
     QVERIFY(!result.lines.contains(QStringLiteral("never")));
+}
+
+void HostScriptsTest::debugLinesFollowTheLogRules_data()
+{
+    QTest::addColumn<QString>("rules");   // QT_LOGGING_RULES, empty: unset
+    QTest::addColumn<QString>("confRules");   // written to a QT_LOGGING_CONF file, empty: none
+    QTest::addColumn<bool>("debugShown");
+
+    QTest::newRow("default keeps debug off") << QString() << QString() << false;
+    QTest::newRow("QT_LOGGING_RULES turns it on") << "org.sablo.hde.*.debug=true" << QString() << true;
+    QTest::newRow("QT_LOGGING_CONF turns it on") << QString() << "org.sablo.hde.*.debug=true" << true;
+    QTest::newRow("other categories stay off") << "qt.foo.debug=true" << QString() << false;
+}
+
+void HostScriptsTest::debugLinesFollowTheLogRules()
+{
+    QFETCH(QString, rules);
+    QFETCH(QString, confRules);
+    QProcessEnvironment extra;
+    extra.insert(QStringLiteral("QT_LOGGING_RULES"), rules);
+    extra.insert(QStringLiteral("QT_LOGGING_CONF"), QString());
+    if (!confRules.isEmpty()) {
+        writeFile(path("logging.ini"), "[Rules]\n" + confRules.toUtf8() + "\n");
+        extra.insert(QStringLiteral("QT_LOGGING_CONF"), path("logging.ini"));
+    }
+    const Run result = run(QStringLiteral("echo started\n"), QStringList(), extra);
+    QCOMPARE(result.exitCode, 0);
+    QTEST(result.errors.contains(QLatin1String("Loading plug-ins from")), "debugShown");
 }
 
 void HostScriptsTest::scriptFromFile()

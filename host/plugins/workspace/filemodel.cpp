@@ -7,6 +7,7 @@
 #include <hfmbase/infofactory.h>
 #include <hostcommon/urlhelpers.h>
 
+#include <QElapsedTimer>
 #include <QLocale>
 #include <QLoggingCategory>
 
@@ -20,6 +21,8 @@ constexpr int kChangeDelayMs = 40;
 constexpr int kIncomingDelayMs = 250;
 // Up to this many arrivals go in one by one; more are sorted in at once.
 constexpr int kFewArrivals = 32;
+// A flush of file updates gives the event loop back after this long.
+constexpr qint64 kUpdateBudgetNs = 15 * 1000 * 1000;
 
 }   // namespace
 
@@ -33,6 +36,9 @@ FileModel::FileModel(QObject *parent) : QAbstractTableModel(parent), loader(new 
     incomingTimer.setSingleShot(true);
     incomingTimer.setInterval(kIncomingDelayMs);
     connect(&incomingTimer, &QTimer::timeout, this, &FileModel::flushIncoming);
+    updateTimer.setSingleShot(true);
+    updateTimer.setInterval(0);
+    connect(&updateTimer, &QTimer::timeout, this, &FileModel::flushUpdates);
 }
 
 FileModel::~FileModel() = default;
@@ -56,6 +62,8 @@ void FileModel::reload()
     endResetModel();
     pending.clear();
     changeTimer.stop();
+    dirty.clear();
+    updateTimer.stop();
     incoming.clear();
     incomingTimer.stop();
     error.clear();
@@ -311,25 +319,51 @@ int FileModel::rowOf(const QUrl &url) const
 
 void FileModel::updateFile(const QUrl &url)
 {
-    const int row = rowOf(url);
-    if (row < 0)
+    if (rowOf(url) < 0)
         return;
-    const FileItemPointer &item = items.at(row);
-    item->info->refresh();
-    if (loading) {
-        // The rows are still being put in order; repaint only.
-        Q_EMIT dataChanged(index(row, 0), index(row, kColumnCount - 1));
-        return;
+    dirty.insert(hdehost::normalizedUrl(url));
+    if (!updateTimer.isActive())
+        updateTimer.start();
+}
+
+void FileModel::flushUpdates()
+{
+    QElapsedTimer budget;
+    budget.start();
+    int first = -1;
+    int last = -1;
+    QVector<FileItemPointer> renamed;
+    for (auto it = dirty.begin(); it != dirty.end();) {
+        const int row = rowOf(*it);
+        it = dirty.erase(it);
+        if (row >= 0) {
+            const FileItemPointer &item = items.at(row);
+            item->info->refresh();
+            // While listing the rows are still being put in order: repaint only.
+            const FileItemPointer fresh = loading ? item : makeItem(item->info, item->url);
+            if (fresh->name != item->name || fresh->isDir != item->isDir) {
+                renamed.append(fresh);
+            } else {
+                items[row] = fresh;
+                first = first < 0 ? row : qMin(first, row);
+                last = qMax(last, row);
+            }
+        }
+        if (budget.nsecsElapsed() >= kUpdateBudgetNs)
+            break;
     }
-    // A changed name would also change the row's place: go the long way.
-    const FileItemPointer fresh = makeItem(item->info, item->url);
-    if (fresh->name != item->name || fresh->isDir != item->isDir) {
+    if (last >= 0)
+        Q_EMIT dataChanged(index(first, 0), index(last, kColumnCount - 1));
+    // A changed name also changes the row's place: go the long way.
+    for (const FileItemPointer &fresh : qAsConst(renamed)) {
+        const int row = rowOf(fresh->url);
+        if (row < 0)
+            continue;
         removeRow(row);
         insertSorted(fresh);
-        return;
     }
-    items[row] = fresh;
-    Q_EMIT dataChanged(index(row, 0), index(row, kColumnCount - 1));
+    if (!dirty.isEmpty())
+        updateTimer.start();
 }
 
 int FileModel::rowCount(const QModelIndex &parent) const

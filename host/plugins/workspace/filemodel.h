@@ -40,7 +40,9 @@ public:
 
     FileItemPointer itemAt(int row) const;
     int rowOf(const QUrl &url) const;
-    // Re-reads one row's file info and repaints it.
+    // Re-reads one row's file info and repaints it. Updates are gathered
+    // and applied once per turn of the event loop, with one repaint for all
+    // rows, so that a burst of thousands costs one pass.
     void updateFile(const QUrl &url);
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
@@ -69,6 +71,7 @@ private:
     void removeRow(int row);
     bool isShown(const QUrl &url, const hfmbase::FileInfoPointer &info) const;
     void invalidateIndex();
+    void flushUpdates();
 
     QUrl root;
     QVector<FileItemPointer> items;
@@ -86,6 +89,8 @@ private:
     hfmbase::AbstractFileWatcherPointer watcher;
     QHash<QUrl, bool> pending;   // URL -> removed
     QTimer changeTimer;
+    QSet<QUrl> dirty;   // normalised URLs waiting for flushUpdates()
+    QTimer updateTimer;
 };
 
 }   // namespace hfmplugin_workspace

@@ -35,6 +35,7 @@ using namespace hdehost;
 namespace {
 
 constexpr int kLoadingTipDelayMs = 150;
+constexpr int kPendingSelectionMs = 3000;
 
 }   // namespace
 
@@ -85,6 +86,13 @@ FileView::FileView(WorkspaceRegistry *registry, QWidget *parent)
         Q_EMIT itemCountChanged();
     });
     connect(model, &FileModel::renameRequested, this, &FileView::onRenameRequested);
+    pendingTimer = new QTimer(this);
+    pendingTimer->setSingleShot(true);
+    pendingTimer->setInterval(kPendingSelectionMs);
+    connect(pendingTimer, &QTimer::timeout, this, [this] { pendingSelection.clear(); });
+    connect(model, &QAbstractItemModel::rowsInserted, this, &FileView::selectPending);
+    connect(model, &QAbstractItemModel::layoutChanged, this, &FileView::selectPending);
+    connect(model, &FileModel::loadingStarted, this, [this] { pendingSelection.clear(); });
 
     auto addShortcut = [this](const QKeySequence &keys, std::function<void()> slot) {
         auto *action = new QAction(this);
@@ -134,6 +142,11 @@ void FileView::configure(QAbstractItemView *view)
     connect(view, &QAbstractItemView::activated, this, &FileView::onActivated);
     connect(view, &QWidget::customContextMenuRequested, this, &FileView::onContextMenuRequested);
     connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &FileView::selectionChanged);
+    // A selection the user makes meanwhile wins over one still waiting.
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (!selectingPending)
+            pendingSelection.clear();
+    });
     stack->addWidget(view);
 }
 
@@ -255,6 +268,71 @@ bool FileView::selectNames(const QStringList &names)
     if (!names.isEmpty())
         selectionModel->setCurrentIndex(model->index(rowOfName(names.first()), 0), QItemSelectionModel::NoUpdate);
     return true;
+}
+
+QUrl FileView::shownUrlOf(const QUrl &url) const
+{
+    const QUrl root = model->rootUrl();
+    if (url.scheme() == root.scheme())
+        return hdehost::sameUrl(hdehost::parentUrl(url), root) ? url : QUrl();
+    if (!url.isLocalFile())
+        return QUrl();
+    const QUrl localRoot = hdehost::operableUrl(root);
+    if (!localRoot.isValid() || !hdehost::sameUrl(hdehost::parentUrl(url), localRoot))
+        return QUrl();
+    QUrl shown = root;
+    QString path = root.path();
+    if (!path.endsWith(QLatin1Char('/')))
+        path += QLatin1Char('/');
+    shown.setPath(path + url.fileName(QUrl::FullyDecoded));
+    return shown;
+}
+
+void FileView::selectWhenShown(const QList<QUrl> &urls)
+{
+    QList<QUrl> shown;
+    for (const QUrl &url : urls) {
+        const QUrl mapped = shownUrlOf(url);
+        if (mapped.isValid())
+            shown.append(mapped);
+    }
+    if (shown.isEmpty())
+        return;
+    selectingPending = true;
+    currentView()->selectionModel()->clearSelection();
+    selectingPending = false;
+    pendingSelection = shown;
+    pendingTimer->start();
+    selectPending();
+}
+
+void FileView::selectPending()
+{
+    if (pendingSelection.isEmpty())
+        return;
+    QItemSelection selection;
+    QModelIndex first;
+    for (auto it = pendingSelection.begin(); it != pendingSelection.end();) {
+        const int row = model->rowOf(*it);
+        if (row < 0) {
+            ++it;
+            continue;
+        }
+        selection.select(model->index(row, 0), model->index(row, FileModel::kColumnCount - 1));
+        if (!first.isValid())
+            first = model->index(row, 0);
+        it = pendingSelection.erase(it);
+    }
+    if (selection.isEmpty())
+        return;
+    QItemSelectionModel *selectionModel = currentView()->selectionModel();
+    selectingPending = true;
+    selectionModel->select(selection, QItemSelectionModel::Select);
+    selectionModel->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+    selectingPending = false;
+    currentView()->scrollTo(first);
+    if (pendingSelection.isEmpty())
+        pendingTimer->stop();
 }
 
 bool FileView::activate(const QString &name)

@@ -40,6 +40,12 @@ public:
     QList<QUrl> selectedUrls() const;
     // Selects the rows with these names; false when one is missing.
     bool selectNames(const QStringList &names);
+    // Selects the items at these URLs once they are listed: URLs of the
+    // view's scheme, or local files in the folder the view's folder
+    // redirects to (the result of an operation a plug-in carried out on the
+    // local files). Rows not listed yet are selected when they arrive, for a
+    // few seconds; URLs of other folders are ignored.
+    void selectWhenShown(const QList<QUrl> &urls);
     // As a double-click on the row with this name.
     bool activate(const QString &name);
     // As a right-click on the row with this name, or on the empty area for
@@ -69,6 +75,8 @@ private:
     void updateTip();
     quint64 windowId() const;
     int rowOfName(const QString &name) const;
+    QUrl shownUrlOf(const QUrl &url) const;
+    void selectPending();
 
     WorkspaceRegistry *registry;
     FileModel *model;
@@ -78,6 +86,9 @@ private:
     QLabel *tip;
     QTimer *loadingTipTimer;
     hdehost::ViewMode mode = hdehost::ViewMode::kIcon;
+    QList<QUrl> pendingSelection;   // view URLs
+    QTimer *pendingTimer;
+    bool selectingPending = false;
 };
 
 }   // namespace hfmplugin_workspace

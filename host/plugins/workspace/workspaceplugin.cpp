@@ -154,8 +154,14 @@ void WorkspacePlugin::initialize()
     hpf::sequence()->declare(Space::kWorkspace, Topic::kTabSetTabName);
 
     auto *dispatcher = hpf::dispatcher();
+    hdehost::declareNavigationEvents();
     dispatcher->subscribe(hfmbase::kChangeCurrentUrl, this, &WorkspacePlugin::onChangeCurrentUrl);
     dispatcher->subscribe(hfmbase::kOpenNewTab, this, &WorkspacePlugin::onOpenNewTab);
+    dispatcher->subscribe(hfmbase::kRenameFileResult, this, &WorkspacePlugin::onRenameResult);
+    dispatcher->subscribe(hfmbase::kMkdirResult, this, &WorkspacePlugin::onCreateResult);
+    dispatcher->subscribe(hfmbase::kTouchFileResult, this, &WorkspacePlugin::onCreateResult);
+    dispatcher->subscribe(hfmbase::kCopyResult, this, &WorkspacePlugin::onPasteResult);
+    dispatcher->subscribe(hfmbase::kCutFileResult, this, &WorkspacePlugin::onPasteResult);
     // Event 2 comes as (URL) or as (URL, bool).
     QPointer<WorkspacePlugin> self(this);
     dispatcher->subscribeInvoker(hfmbase::kOpenNewWindow, this, [self](const QVariantList &args) -> QVariant {
@@ -288,6 +294,33 @@ void WorkspacePlugin::fileUpdate(const QUrl &url)
         if (FileView *files = page->fileView())
             files->fileModel()->updateFile(url);
     });
+}
+
+void WorkspacePlugin::onRenameResult(quint64 windowId, const QMap<QUrl, QUrl> &renamed, bool ok, const QString &)
+{
+    WorkspaceWidget *workspace = workspaceOf(windowId);
+    TabPage *page = workspace ? workspace->currentPage() : nullptr;
+    if (ok && page && page->fileView())
+        page->fileView()->selectWhenShown(renamed.values());
+}
+
+void WorkspacePlugin::onCreateResult(quint64 windowId, const QList<QUrl> &created, bool ok, const QString &)
+{
+    WorkspaceWidget *workspace = workspaceOf(windowId);
+    TabPage *page = workspace ? workspace->currentPage() : nullptr;
+    if (ok && page && page->fileView())
+        page->fileView()->selectWhenShown(created);
+}
+
+void WorkspacePlugin::onPasteResult(const QList<QUrl> &, const QList<QUrl> &targets, bool, const QString &)
+{
+    // The result names no window: every current tab showing the target
+    // folder selects what arrived (also after a partial failure).
+    for (const auto &workspace : qAsConst(workspaces)) {
+        TabPage *page = workspace ? workspace->currentPage() : nullptr;
+        if (page && page->fileView())
+            page->fileView()->selectWhenShown(targets);
+    }
 }
 
 void WorkspacePlugin::refreshDir(const QList<QUrl> &urls)

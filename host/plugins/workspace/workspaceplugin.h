@@ -48,6 +48,10 @@ public:
     void onChangeCurrentUrl(quint64 windowId, const QUrl &url);
     void onOpenNewTab(quint64 windowId, const QUrl &url);
     void openNewWindow(const QUrl &url);
+    // Listeners of the operation results: the new items get selected.
+    void onRenameResult(quint64 windowId, const QMap<QUrl, QUrl> &renamed, bool ok, const QString &error);
+    void onCreateResult(quint64 windowId, const QList<QUrl> &created, bool ok, const QString &error);
+    void onPasteResult(const QList<QUrl> &sources, const QList<QUrl> &targets, bool ok, const QString &error);
 
 private:
     void onWindowCreated(quint64 windowId);

@@ -78,12 +78,16 @@ private Q_SLOTS:
     void sidebarItemFromMetadataBeforeStart();
     void navigationFilters_data();
     void navigationFilters();
+    void newWindowReachesBothFilterForms_data();
+    void newWindowReachesBothFilterForms();
     void topWidgetOncePerViewAndShownPerCallback();
     void listingOfPluginSchemeWithEmblems_data();
     void listingOfPluginSchemeWithEmblems();
     void tabNamesAndEmptyTip();
     void historyBackAndForward();
     void liveUpdatesRepaintAndRefresh();
+    void operationResultsSelectNewItems_data();
+    void operationResultsSelectNewItems();
     void menusListedByActionId_data();
     void menusListedByActionId();
     void menuActionsTriggered();
@@ -271,6 +275,47 @@ void HostPluginsTest::navigationFilters()
     QCOMPARE(testPlugin->property("entered").toStringList().last(), announced);
 }
 
+void HostPluginsTest::newWindowReachesBothFilterForms_data()
+{
+    QTest::addColumn<QVariantList>("args");
+    QTest::addColumn<QStringList>("expectedCalls");
+
+    const QUrl dir(QStringLiteral("hosttest:///dir"));
+    QTest::newRow("URL alone") << QVariantList {dir} << words("1:hosttest:///dir|2:hosttest:///dir:false");
+    QTest::newRow("URL and true") << QVariantList {dir, true} << words("1:hosttest:///dir|2:hosttest:///dir:true");
+    QTest::newRow("URL and false") << QVariantList {dir, false} << words("1:hosttest:///dir|2:hosttest:///dir:false");
+}
+
+namespace {
+QAtomicInt refusals;
+void countRefusals(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (message.contains(QLatin1String("refused the call")))
+        refusals.ref();
+    quietPlatform(type, context, message);
+}
+}   // namespace
+
+void HostPluginsTest::newWindowReachesBothFilterForms()
+{
+    QFETCH(QVariantList, args);
+
+    auto &windows = hfmbase::FileManagerWindowsManager::instance();
+    const int before = windows.windowIdList().size();
+    testPlugin->setProperty("newWindowCalls", QStringList());
+    refusals = 0;
+    const QtMessageHandler outer = qInstallMessageHandler(countRefusals);
+    for (int i = 0; i < 2; ++i)
+        QVERIFY(hpf::dispatcher()->publishList(hfmbase::kOpenNewWindow, args));
+    qInstallMessageHandler(outer);
+
+    QFETCH(QStringList, expectedCalls);
+    QCOMPARE(testPlugin->property("newWindowCalls").toStringList(), expectedCalls + expectedCalls);
+    QCOMPARE(int(refusals), 0);
+    QCOMPARE(windows.windowIdList().size() - before, 2);
+    QCOMPARE(windows.findWindowById(windows.windowIdList().last())->currentUrl(), args.first().toUrl());
+}
+
 void HostPluginsTest::topWidgetOncePerViewAndShownPerCallback()
 {
     const int createdBefore = testPlugin->property("bannersCreated").toInt();
@@ -379,7 +424,7 @@ void HostPluginsTest::liveUpdatesRepaintAndRefresh()
     QVERIFY(view);
     QSignalSpy repaint(view->model(), &QAbstractItemModel::dataChanged);
     hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl("/dir/inner.txt"));
-    QCOMPARE(repaint.count(), 1);
+    QTRY_COMPARE(repaint.count(), 1);
     QCOMPARE(repaint.first().first().value<QModelIndex>().data().toString(), QStringLiteral("inner.txt"));
     hpf::channel()->push(Space::kWorkspace, Topic::kModelFileUpdate, testUrl("/dir/unknown.txt"));
     QCOMPARE(repaint.count(), 1);
@@ -391,6 +436,61 @@ void HostPluginsTest::liveUpdatesRepaintAndRefresh()
     QCOMPARE(reload.count(), 1);
     QVERIFY(waitLoaded(id));
     QCOMPARE(itemNames(), words("inner.txt"));
+}
+
+void HostPluginsTest::operationResultsSelectNewItems_data()
+{
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("selected");   // name expected selected in hosttest:///dir
+
+    QTest::newRow("rename") << "rename"
+                            << "renamed.txt";
+    QTest::newRow("new folder") << "mkdir"
+                                << "made";
+    QTest::newRow("copy into the folder") << "copy"
+                                          << "a-plain.txt";
+    QTest::newRow("cut into the folder") << "cut"
+                                         << "moved.txt";
+}
+
+void HostPluginsTest::operationResultsSelectNewItems()
+{
+    QFETCH(QString, operation);
+    QFETCH(QString, selected);
+    writeFile(inRoot("dir/to-rename.txt"));
+    writeFile(inRoot("moved.txt"));
+    const quint64 id = openWindow(testUrl("/dir"));
+    QVERIFY(waitLoaded(id));
+
+    // The host carries the operation out on the local files of the test
+    // scheme; its result names local files, which the view finds as its own.
+    auto *dispatcher = hpf::dispatcher();
+    const auto flags = hfmbase::AbstractJobHandler::JobFlags(hfmbase::AbstractJobHandler::JobFlag::kNoHint);
+    if (operation == QLatin1String("rename"))
+        dispatcher->publish(hfmbase::kRenameFile, id, testUrl("/dir/to-rename.txt"), testUrl("/dir/renamed.txt"));
+    else if (operation == QLatin1String("mkdir"))
+        dispatcher->publish(hfmbase::kMkdir, id, testUrl("/dir/made"), QVariant(), hfmbase::OperatorCallback());
+    else
+        dispatcher->publish(operation == QLatin1String("copy") ? hfmbase::kCopy : hfmbase::kCutFile, id,
+            QList<QUrl> {testUrl(operation == QLatin1String("copy") ? "/a-plain.txt" : "/moved.txt")}, testUrl("/dir"),
+            flags, hfmbase::OperatorHandleCallback());
+
+    auto selectedNames = [this, id] {
+        QStringList names;
+        const QJsonArray items = at(currentTab(id), "view/items").toArray();
+        for (const QJsonValue &item : items) {
+            if (item.toObject().value(QStringLiteral("selected")).toBool())
+                names.append(item.toObject().value(QStringLiteral("name")).toString());
+        }
+        return names;
+    };
+    QTRY_COMPARE(selectedNames(), QStringList {selected});
+    QVERIFY(QFile::exists(inRoot("dir/") + selected));
+
+    // Put the folder back as it was for the other rows and tests.
+    for (const char *name : {"dir/renamed.txt", "dir/to-rename.txt", "dir/a-plain.txt", "dir/moved.txt"})
+        QFile::remove(inRoot(name));
+    QDir(inRoot("dir/made")).removeRecursively();
 }
 
 void HostPluginsTest::menusListedByActionId_data()

@@ -4,6 +4,8 @@
 // driven by an automation script fed line by line; the simulator by its
 // commands. Checks are the file manager's own waits on its printed state,
 // and the files on disk.
+#include "e2eenvironment.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -86,16 +88,7 @@ private:
 
 QProcessEnvironment TestNubixEndToEnd::environment() const
 {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), path(QStringLiteral("home")));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("home/.local/share")));
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("home/.config")));
-    // The plug-in asks "hde-file-manager -v" for the host's version.
-    env.insert(QStringLiteral("PATH"),
-        QFileInfo(QStringLiteral(HDE_FM_BINARY)).path() + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
-    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.debug=false;*.info=false"));
-    env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
-    return env;
+    return e2eEnvironment(path(QStringLiteral("home")), QStringLiteral("*.debug=false;*.info=false"));
 }
 
 void TestNubixEndToEnd::init()

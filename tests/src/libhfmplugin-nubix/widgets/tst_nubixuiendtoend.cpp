@@ -2,6 +2,8 @@
 // The drive's faces from a user's side: the file manager with the plug-in
 // and the simulator, both as processes under a temporary HOME. The file
 // manager runs one automation script; the simulator logs what reached it.
+#include "e2eenvironment.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -86,17 +88,8 @@ private:
 
 QProcessEnvironment TestNubixUiEndToEnd::environment() const
 {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), path(QStringLiteral("home")));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), path(QStringLiteral("home/.local/share")));
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("home/.config")));
-    env.insert(QStringLiteral("PATH"),
-        QFileInfo(QStringLiteral(HDE_FM_BINARY)).path() + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    env.insert(QStringLiteral("QT_LOGGING_RULES"),
+    return e2eEnvironment(path(QStringLiteral("home")),
         QStringLiteral("*.debug=false;*.info=false;org.sablo.kelodrive.sim.info=true"));
-    env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
-    return env;
 }
 
 void TestNubixUiEndToEnd::init()

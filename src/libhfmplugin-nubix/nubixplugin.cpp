@@ -23,11 +23,15 @@
 #include <hpf/listener.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QEvent>
+#include <QFileInfo>
 #include <QIcon>
 #include <QLocale>
 #include <QProcess>
 #include <QTranslator>
+
+#include <dlfcn.h>
 
 namespace hfmplugin_nubix {
 
@@ -35,6 +39,38 @@ namespace {
 const QString kMinHostVersion = QStringLiteral("6.0.49.25");
 const QString kTranslationsDir = QStringLiteral("/usr/share/sablo-nubix/translations");
 constexpr int kVersionCommandTimeout = 30000;
+
+#ifdef NUBIX_TRANSLATIONS_BUILD_RELPATH
+// The folder of this module's file, found through one of its own symbols.
+QString moduleDir()
+{
+    Dl_info info {};
+    if (!dladdr(reinterpret_cast<void *>(&isHostTooOld), &info) || !info.dli_fname)
+        return QString();
+    return QFileInfo(QString::fromLocal8Bit(info.dli_fname)).absolutePath();
+}
+#endif
+
+void installTranslations(QObject *owner)
+{
+    auto *translator = new QTranslator(owner);
+    const QString name = QStringLiteral("hfmplugin-nubix");
+    if (translator->load(QLocale(), name, QStringLiteral("_"), kTranslationsDir)) {
+        QCoreApplication::installTranslator(translator);
+        return;
+    }
+#ifdef NUBIX_TRANSLATIONS_BUILD_RELPATH
+    // Not installed: a build tree keeps them at a fixed place beside the module.
+    const QString dir = moduleDir();
+    if (!dir.isEmpty()
+        && translator->load(QLocale(), name, QStringLiteral("_"),
+            QDir(dir).filePath(QStringLiteral(NUBIX_TRANSLATIONS_BUILD_RELPATH)))) {
+        QCoreApplication::installTranslator(translator);
+        return;
+    }
+#endif
+    delete translator;
+}
 }   // namespace
 
 bool isHostTooOld(const QString &version)
@@ -104,9 +140,7 @@ void NubixPlugin::initialize()
     EventsHandler::instance()->installEventsFilter();
     EventsHandler::instance()->subscribeEvents();
 
-    auto *translator = new QTranslator(this);
-    translator->load(QLocale(), QStringLiteral("hfmplugin-nubix"), QStringLiteral("_"), kTranslationsDir);
-    QCoreApplication::installTranslator(translator);
+    installTranslations(this);
 }
 
 bool NubixPlugin::start()

@@ -84,12 +84,18 @@ private:
     QProcess sim;
     QString fmOutput;
     QString fmErrors;
+    QString locale;   // empty: the machine's
 };
 
 QProcessEnvironment TestNubixUiEndToEnd::environment() const
 {
-    return e2eEnvironment(path(QStringLiteral("home")),
-        QStringLiteral("*.debug=false;*.info=false;org.sablo.kelodrive.sim.info=true"));
+    QProcessEnvironment env = e2eEnvironment(
+        path(QStringLiteral("home")), QStringLiteral("*.debug=false;*.info=false;org.sablo.kelodrive.sim.info=true"));
+    if (!locale.isEmpty()) {
+        env.insert(QStringLiteral("LC_ALL"), locale);
+        env.insert(QStringLiteral("LANG"), locale);
+    }
+    return env;
 }
 
 void TestNubixUiEndToEnd::init()
@@ -100,6 +106,7 @@ void TestNubixUiEndToEnd::init()
     QVERIFY(writeFile(root() + QStringLiteral("/a.txt"), "a"));
     fmOutput.clear();
     fmErrors.clear();
+    locale.clear();
 }
 
 void TestNubixUiEndToEnd::cleanup()
@@ -144,29 +151,44 @@ int TestNubixUiEndToEnd::runFileManager(const QString &script, int timeoutMs)
 
 void TestNubixUiEndToEnd::computerViewShowsTheDrive_data()
 {
+    QTest::addColumn<QString>("locale");
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("checks");
 
     const QString entry = QStringLiteral("computer/groups/[name=Disks]/entries/[name=Kelo Drive]");
     QTest::newRow("quota: used and total on a bar")
-        << strings({"--used", "5368709120", "--total", "107374182400", "--quota", "107374182400"})
+        << QString() << strings({"--used", "5368709120", "--total", "107374182400", "--quota", "107374182400"})
         << QStringLiteral("wait-for state \"%1/sizeUsage\" 5368709120 15000\n"
                           "expect \"%1/sizeTotal\" 107374182400\nexpect \"%1/showProgress\" true\n"
                           "expect \"%1/description\" \"\"\nexpect \"%1/order\" 3\n"
                           "expect \"%1/icon\" nubix-harddisk-individual\n")
                .arg(entry);
     QTest::newRow("no fixed quota: the used space line")
-        << strings({"--used", "1073741824", "--quota", "-3"})
+        << QString() << strings({"--used", "1073741824", "--quota", "-3"})
         << QStringLiteral("wait-for state \"%1/description\" \"Used space 1024.0 MB\" 15000\n"
                           "expect \"%1/showProgress\" false\nexpect \"%1/showUsageSize\" false\n")
                .arg(entry);
-    QTest::newRow("enterprise account icon") << strings(
-        {"--enterprise"}) << QStringLiteral("wait-for state \"%1/icon\" nubix-harddisk-enterprise 15000\n").arg(entry);
+    QTest::newRow("enterprise account icon")
+        << QString() << strings({"--enterprise"})
+        << QStringLiteral("wait-for state \"%1/icon\" nubix-harddisk-enterprise 15000\n").arg(entry);
+    // Run from the build tree, both sides find their translations, and the
+    // drive joins the host's own (translated) disk group.
+    const QString used
+        = QStringLiteral("wait-for state \"computer/groups/[name=%1]/entries/[name=Kelo Drive]/description\" "
+                         "\"%2 1024.0 MB\" 15000\n");
+    QTest::newRow("German session") << QStringLiteral("de_DE.UTF-8")
+                                    << strings({"--used", "1073741824", "--quota", "-3"})
+                                    << used.arg(QStringLiteral("Laufwerke"), QStringLiteral("Belegt:"));
+    QTest::newRow("Chinese session") << QStringLiteral("zh_CN.UTF-8")
+                                     << strings({"--used", "1073741824", "--quota", "-3"})
+                                     << used.arg(QStringLiteral("磁盘"), QStringLiteral("已用空间"));
 }
 
 void TestNubixUiEndToEnd::computerViewShowsTheDrive()
 {
+    QFETCH(QString, locale);
     QFETCH(QStringList, arguments);
+    this->locale = locale;
     QFETCH(QString, checks);
     QVERIFY(startSimulator(QStringList {QStringLiteral("--root"), root()} + arguments));
     // The entry reads the cache when the view repaints; revisiting repaints it.

@@ -146,7 +146,7 @@ Ihre Dokumente sind jederzeit geschützt</translation>
     <name>hfmplugin_nubix::NubixTitleWidget</name>
     <message>
         <source>The current synchronization has been paused, click &lt;a href=&quot;%1&quot;&gt;Continue Synchronization &lt;/a&gt;to keep the synchronization status</source>
-        <translation>Die Synchronisierung ist angehalten. Klicken Sie auf &lt;a href=&quot;%1&quot;&gt;Synchronisierung fortsetzen&lt;/a&gt;, damit Ihre Dateien wieder abgeglichen werden</translation>
+        <translation>Die Synchronisierung ist angehalten. Klicken Sie auf &lt;a href=&quot;%1&quot;&gt;Fortsetzen&lt;/a&gt;, um weiter abzugleichen</translation>
     </message>
     <message>
         <source>Insufficient local disk space, some files cannot be synchronized</source>

@@ -84,6 +84,9 @@ void NubixTitleWidget::setupUI()
     // Tab reaches the links and Enter follows the focused one, as a click does.
     textLabel->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
     textLabel->setFocusPolicy(Qt::StrongFocus);
+    // A long sentence (some languages need far more room) is cut at the
+    // strip's end rather than forcing the whole window wider.
+    textLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
     refreshButton = new htk::IconButton(QIcon::fromTheme(QStringLiteral("fbnubix_file_syncing")), this);
     refreshButton->setObjectName(QStringLiteral("refreshButton"));

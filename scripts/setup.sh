@@ -9,6 +9,7 @@ packages=(
     qtbase5-dev qtbase5-dev-tools libqt5svg5-dev qttools5-dev qttools5-dev-tools
     xvfb xauth procps
     adwaita-icon-theme hicolor-icon-theme
+    fonts-dejavu-core fonts-wqy-microhei
 )
 if [ "${1:-}" != --demo ]; then
     packages+=(

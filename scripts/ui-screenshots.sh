@@ -127,4 +127,28 @@ fm "open nubix-login:///" "resize last 960 600" "wait 1200" "theme light" "wait 
     "screenshot last $OUT/welcome-light.png" "theme dark" "wait 300" "screenshot last $OUT/welcome-dark.png"
 stop_fm
 stop_sim
+
+# 4. The banner, the drive's menu and the welcome page in German and Chinese,
+# to see that no translated text is clipped.
+for lang in de_DE zh_CN; do
+    tag=${lang%_*}
+    export LANG="$lang.UTF-8" LANGUAGE="$lang"
+    seed_root
+    start_sim --root "$ROOT" --pace-ms 4000 --used 5368709120 --total 107374182400
+    start_fm
+    fm "open nubix:///" "wait-for url last nubix:///" "wait-for loaded last" "resize last 960 560" "wait 800"
+    for name in report.pdf budget.ods slides.odp; do printf 'new\n' >"$ROOT/$name"; done
+    fm "wait-for item last slides.odp" "wait 2500" "screenshot last $OUT/tree-syncing-$tag.png"
+    sim pause
+    fm "wait 1500" "screenshot last $OUT/tree-paused-$tag.png"
+    fm "open computer:///" "wait 1200" "menu-shot $OUT/menu-online-$tag.png entry last entry:///nubix.nubix"
+    stop_fm
+    stop_sim
+    start_sim --no-root
+    start_fm
+    fm "open nubix-login:///" "resize last 960 600" "wait 1200" "screenshot last $OUT/welcome-$tag.png"
+    stop_fm
+    stop_sim
+done
+unset LANGUAGE
 echo "screenshots in $OUT"

@@ -190,14 +190,23 @@ sim_cmd "resume"
 fm "wait 1500"
 shot resumed "sync resumed"
 
+# menu_shot NAME CAPTION TARGET [ITEM]: opens a menu, writes its picture and
+# prints the actions it shows.
+menu_shot() {
+    step=$((step + 1))
+    local file items
+    file="$shots/$(printf '%02d' "$step")-$1.png"
+    fm "menu-shot $file $3 last ${4:-}"
+    items=$(last_line | sed 's/},{/}\n{/g' | grep '"visible":true' |
+        sed -n 's/.*"text":"\([^"]*\)".*/\1/p' | paste -sd '|' | sed 's/|/, /g')
+    printf 'run-demo: %-44s %s\n          %s\n' "$2" "$file" "$items"
+}
 if shows Welcome.txt; then
-    fm "menu item last Welcome.txt"
-    echo "run-demo: a file's menu: $(last_line)"
+    menu_shot file-menu "a file's menu in the tree" item Welcome.txt
 fi
 fm "cd last computer:///" "wait 1500" "state computer"
 if last_line | grep -q 'nubix.nubix'; then
-    fm "menu entry last entry:///nubix.nubix"
-    echo "run-demo: the drive's menu: $(last_line)"
+    menu_shot drive-menu "the drive's menu" entry entry:///nubix.nubix
 fi
 shot computer-again "back in the computer view"
 

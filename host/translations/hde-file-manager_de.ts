@@ -84,6 +84,14 @@
         <translation>nichts zu entfernen</translation>
     </message>
     <message>
+        <source>Cannot restore</source>
+        <translation>Wiederherstellen nicht möglich</translation>
+    </message>
+    <message>
+        <source>nothing to restore</source>
+        <translation>nichts wiederherzustellen</translation>
+    </message>
+    <message>
         <source>Cannot hide the files</source>
         <translation>Dateien können nicht ausgeblendet werden</translation>
     </message>

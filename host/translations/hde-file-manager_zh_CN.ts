@@ -84,6 +84,14 @@
         <translation>没有可删除的内容</translation>
     </message>
     <message>
+        <source>Cannot restore</source>
+        <translation>无法还原</translation>
+    </message>
+    <message>
+        <source>nothing to restore</source>
+        <translation>没有可还原的项目</translation>
+    </message>
+    <message>
         <source>Cannot hide the files</source>
         <translation>无法隐藏文件</translation>
     </message>

@@ -710,6 +710,8 @@ void ScriptRunner::registerCommands()
         [noFlags](quint64 id, const QList<QUrl> &urls) {
             hpf::dispatcher()->publish(hfmbase::kMoveToTrash, id, urls, noFlags, hfmbase::OperatorHandleCallback());
         });
+    addUrlCommand(QStringLiteral("restore"), 2, -1, QStringLiteral("<window> <url-in-trash>..."),
+        [this](quint64 id, const QList<QUrl> &urls) { operations->restoreFromTrash(id, urls); });
     add(QStringLiteral("rename"), 3, 3, QStringLiteral("<window> <url> <new-name-or-url>"),
         [this](const QStringList &args, const Done &done) {
             QStringList resolved = args;

@@ -351,4 +351,56 @@ bool moveToTrash(const QString &path, QString *inTrash, QString *error)
     return true;
 }
 
+bool restoreFromTrash(const QString &inTrash, QString *restored, QString *error)
+{
+    const QString trash = homeTrashPath();
+    const QFileInfo item(QDir::cleanPath(QFileInfo(inTrash).absoluteFilePath()));
+    const QString name = item.fileName();
+    if (trash.isEmpty() || item.absolutePath() != trash + QStringLiteral("/files") || name.isEmpty()) {
+        *error = QStringLiteral("cannot restore \"%1\": it is not in the trash").arg(inTrash);
+        return false;
+    }
+    if (!pathTaken(item.filePath())) {
+        *error = QStringLiteral("cannot restore \"%1\": it does not exist").arg(inTrash);
+        return false;
+    }
+    // The record is small; a huge or special file is not one of ours.
+    const QString infoPath = trash + QStringLiteral("/info/") + name + QStringLiteral(".trashinfo");
+    QFile info(infoPath);
+    const QFileInfo infoFile(infoPath);
+    QString original;
+    if (infoFile.isFile() && !infoFile.isSymLink() && info.open(QIODevice::ReadOnly)) {
+        const QList<QByteArray> lines = info.read(64 * 1024).split('\n');
+        for (const QByteArray &line : lines)
+            if (line.startsWith("Path="))
+                original = QDir::cleanPath(QString::fromUtf8(QByteArray::fromPercentEncoding(line.mid(5).trimmed())));
+    }
+    if (original.isEmpty() || !QDir::isAbsolutePath(original) || original == QStringLiteral("/")) {
+        *error = QStringLiteral("cannot restore \"%1\": its trash record does not say where it came from").arg(inTrash);
+        return false;
+    }
+    const QString folder = QFileInfo(original).absolutePath();
+    if (!QDir().mkpath(folder) || !QFileInfo(folder).isDir()) {
+        *error = QStringLiteral("cannot restore \"%1\": cannot create the folder \"%2\"").arg(inTrash, folder);
+        return false;
+    }
+    const bool isFolder = item.isDir() && !item.isSymLink();
+    // Nothing is overwritten: a name taken in the meantime gets a free one.
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const QString target = freeTargetPath(folder, QFileInfo(original).fileName(), isFolder);
+        if (::renameat2(AT_FDCWD, QFile::encodeName(item.filePath()).constData(), AT_FDCWD,
+                QFile::encodeName(target).constData(), RENAME_NOREPLACE)
+            == 0) {
+            ::unlink(QFile::encodeName(infoPath).constData());
+            *restored = target;
+            return true;
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    const QString reason = errno == EXDEV ? QStringLiteral("its place is on another file system") : systemError();
+    *error = QStringLiteral("cannot restore \"%1\" to \"%2\": %3").arg(inTrash, original, reason);
+    return false;
+}
+
 }   // namespace hdeapp

@@ -47,5 +47,11 @@ QString homeTrashPath();
 // with `error` when it cannot, the file then left where it was. `inTrash` is
 // its new place.
 bool moveToTrash(const QString &path, QString *inTrash, QString *error);
+// Puts an item of the home trash (`inTrash`, a path in its files/ folder)
+// back where its record says it came from, recreating missing folders on the
+// way; a taken name there gets a free one. The record is removed. False with
+// `error` when it cannot, the item then left in the trash. `restored` is its
+// new place.
+bool restoreFromTrash(const QString &inTrash, QString *restored, QString *error);
 
 }   // namespace hdeapp

@@ -473,6 +473,48 @@ void FileOperations::removeFiles(
         });
 }
 
+void FileOperations::restoreFromTrash(quint64 windowId, const QList<QUrl> &urls)
+{
+    QString unresolved;
+    QStringList paths;
+    for (const QUrl &url : urls) {
+        QString error;
+        const QString path = localPathOf(url, &error);
+        if (path.isEmpty() && unresolved.isEmpty())
+            unresolved = error;
+        if (!path.isEmpty())
+            paths.append(path);
+    }
+    struct Outcome
+    {
+        QStringList sources;
+        QStringList done;
+        QString error;
+    };
+    runJob(
+        [paths]() {
+            Outcome outcome;
+            for (const QString &path : paths) {
+                QString restored;
+                QString error;
+                if (hdeapp::restoreFromTrash(path, &restored, &error)) {
+                    outcome.sources.append(path);
+                    outcome.done.append(restored);
+                } else {
+                    outcome.error += (outcome.error.isEmpty() ? QString() : QStringLiteral("\n")) + error;
+                }
+            }
+            return outcome;
+        },
+        [this, windowId, urls, unresolved](const Outcome &outcome) {
+            const QString message = unresolved.isEmpty() ? outcome.error : unresolved;
+            const bool ok = message.isEmpty() && !urls.isEmpty();
+            if (!ok)
+                reportFailure(tr("Cannot restore"), message.isEmpty() ? tr("nothing to restore") : message);
+            log->addRestored(windowId, toUrls(outcome.sources), toUrls(outcome.done), ok, message);
+        });
+}
+
 void FileOperations::writeClipboard(quint64 windowId, quint8 action, const QList<QUrl> &urls)
 {
     Q_UNUSED(windowId)

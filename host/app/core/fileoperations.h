@@ -49,6 +49,9 @@ public:
         const hfmbase::OperatorHandleCallback &handle);
     void moveToTrash(quint64 windowId, const QList<QUrl> &urls, hfmbase::AbstractJobHandler::JobFlags flags,
         const hfmbase::OperatorHandleCallback &handle);
+    // Puts items of the home trash back where they came from. No event asks
+    // for it; the result is recorded in the operation log only.
+    void restoreFromTrash(quint64 windowId, const QList<QUrl> &urls);
     void writeClipboard(quint64 windowId, quint8 action, const QList<QUrl> &urls);
     void pasteFiles(quint64 windowId, const QUrl &target);
     void openInTerminal(quint64 windowId, const QList<QUrl> &urls);

@@ -87,6 +87,17 @@ void OperationLog::record(int event, const QVariantList &args)
     Q_EMIT resultRecorded(event);
 }
 
+void OperationLog::addRestored(
+    quint64 windowId, const QList<QUrl> &sources, const QList<QUrl> &targets, bool ok, const QString &error)
+{
+    resultList.append(
+        QVariantMap {{QStringLiteral("event"), 0}, {QStringLiteral("operation"), QStringLiteral("restore")},
+            {QStringLiteral("window"), windowId}, {QStringLiteral("sources"), urlTexts(QVariant::fromValue(sources))},
+            {QStringLiteral("targets"), urlTexts(QVariant::fromValue(targets))}, {QStringLiteral("ok"), ok},
+            {QStringLiteral("error"), error}});
+    Q_EMIT resultRecorded(0);
+}
+
 void OperationLog::addOpened(const QUrl &requested, const QUrl &local, const QString &app)
 {
     openedList.append(QVariantMap {{QStringLiteral("url"), local.toString()},

@@ -21,6 +21,10 @@ public:
 
     void addOpened(const QUrl &requested, const QUrl &local, const QString &app);
     void addTerminal(const QUrl &dir);
+    // Restoring from the trash publishes no event: its result is recorded
+    // with event 0 and "operation": "restore".
+    void addRestored(
+        quint64 windowId, const QList<QUrl> &sources, const QList<QUrl> &targets, bool ok, const QString &error);
 
     // [{"event", "ok", "error", "window", "sources", "targets"}]
     QVariantList results() const;

@@ -259,6 +259,16 @@ void HostScriptsTest::fileOperations_data()
     QTest::newRow("delete") << "delete 0 $ROOT/dir" << words("") << words("root/dir") << 1014 << true;
     QTest::newRow("trash") << "trash 0 $ROOT/a.txt" << words("home/.local/share/Trash/files/a.txt")
                            << words("root/a.txt") << 1015 << true;
+    QTest::newRow("restore from the trash")
+        << "trash 0 $ROOT/a.txt\nwait-for idle\nclear-records\nrestore 0 ~/.local/share/Trash/files/a.txt"
+        << words("root/a.txt")
+        << words("home/.local/share/Trash/files/a.txt|home/.local/share/Trash/info/a.txt.trashinfo") << 0 << true;
+    QTest::newRow("restore onto a taken name")
+        << "trash 0 $ROOT/a.txt\nwait-for idle\ncopy 0 $ROOT $ROOT/marked.txt\nwait-for idle\nrename 0 \"$ROOT/marked "
+           "(1).txt\" a.txt\nclear-records\nrestore 0 ~/.local/share/Trash/files/a.txt"
+        << words("root/a.txt|root/a (1).txt") << words("home/.local/share/Trash/files/a.txt") << 0 << true;
+    QTest::newRow("restore what is not in the trash")
+        << "restore 0 $ROOT/a.txt" << words("root/a.txt") << words("") << 0 << false;
     QTest::newRow("rename") << "rename 0 $ROOT/a.txt b.txt" << words("root/b.txt") << words("root/a.txt") << 1002
                             << true;
     QTest::newRow("rename onto a taken name")

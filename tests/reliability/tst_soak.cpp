@@ -71,6 +71,9 @@ private:
     QString keyOf(const QUrl &url) const;
     Files disk() const;
     QStringList keys(bool dirs, bool files, bool inTrash = false) const;
+    // A tree entry is named by its own scheme now and then, so that the
+    // plug-in's redirection to the local file is part of the walk.
+    QString quotedUrl(const QString &key);
     QString pick(const QStringList &list) { return list.at(int(rng.bounded(quint32(list.size())))); }
     QString fresh(const char *stem, const char *suffix = "")
     {
@@ -85,6 +88,10 @@ private:
     quint32 seed = 0;
     int counter = 0;
     Files model;
+    // Where each item of the trash came from.
+    QMap<QString, QString> trashedFrom;
+    // How often each operation and each disturbance happened, for the record.
+    QMap<QString, int> tally;
     Host host;
     Sim sim;
 };
@@ -99,8 +106,21 @@ QString SoakTest::diskPath(const QString &key) const
     return tmp->path() + QLatin1Char('/') + area + rest;
 }
 
+QString SoakTest::quotedUrl(const QString &key)
+{
+    QUrl target = url(key);
+    const bool inTree = key == QLatin1String("tree") || key.startsWith(QStringLiteral("tree/"));
+    if (inTree && rng.bounded(2u) == 0) {
+        const QString path = key.size() > 4 ? key.mid(4) : QStringLiteral("/");
+        target = QUrl(QStringLiteral("nubix://") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/")));
+    }
+    return QLatin1Char('"') + target.toString(QUrl::FullyEncoded) + QLatin1Char('"');
+}
+
 QString SoakTest::keyOf(const QUrl &url) const
 {
+    if (url.scheme() == QLatin1String("nubix"))
+        return QStringLiteral("tree") + url.path();
     const QString path = url.toLocalFile();
     const QString trash = tmp->path() + QStringLiteral("/home/.local/share/Trash/files");
     if (path.startsWith(trash + QLatin1Char('/')))
@@ -135,7 +155,7 @@ QStringList SoakTest::keys(bool dirs, bool files, bool inTrash) const
 
 void SoakTest::initTestCase()
 {
-    seed = qEnvironmentVariableIsSet("NUBIX_SOAK_SEED") ? quint32(qEnvironmentVariableIntValue("NUBIX_SOAK_SEED"))
+    seed = qEnvironmentVariableIsSet("NUBIX_SOAK_SEED") ? qgetenv("NUBIX_SOAK_SEED").toUInt()
                                                         : quint32(QDateTime::currentMSecsSinceEpoch());
     rng.seed(seed);
     qInfo("soak seed %u (replay with NUBIX_SOAK_SEED=%u)", seed, seed);
@@ -193,8 +213,10 @@ QJsonObject SoakTest::runOperation(const QString &command)
 bool SoakTest::compare(int index, const QString &what)
 {
     const Files now = disk();
-    if (now == model)
+    if (now == model) {
+        ++tally[what.section(QLatin1Char(' '), 0, 0)];
         return true;
+    }
     QStringList diff;
     for (auto it = model.cbegin(); it != model.cend(); ++it)
         if (now.value(it.key()) != it.value())
@@ -211,11 +233,6 @@ bool SoakTest::compare(int index, const QString &what)
     return false;
 }
 
-static QString quoted(const QUrl &url)
-{
-    return QLatin1Char('"') + url.toString() + QLatin1Char('"');
-}
-
 bool SoakTest::step(int index)
 {
     const QStringList areas {QStringLiteral("local"), QStringLiteral("tree")};
@@ -228,12 +245,15 @@ bool SoakTest::step(int index)
 
     // The simulator misbehaves now and then, in the middle of the walk.
     const quint32 noise = rng.bounded(100u);
-    if (noise < 15)
+    if (noise < 15) {
         sim.send(QStringLiteral("burst %1").arg(100 + rng.bounded(900u)));
-    else if (noise < 18)
+        ++tally[QStringLiteral("(status burst)")];
+    } else if (noise < 20) {
         sim.send(QStringLiteral("restart"));
-    else if (noise < 22)
+        ++tally[QStringLiteral("(client restart)")];
+    } else if (noise < 25) {
         host.send(QStringLiteral("cd last nubix:///"));   // reconnects after a restart
+    }
 
     auto expectOk = [&](const QString &op) {
         if (!result.value(QStringLiteral("ok")).toBool()) {
@@ -263,7 +283,7 @@ bool SoakTest::step(int index)
     if (op < 12) {
         const QString key = folder + QLatin1Char('/') + fresh("d");
         what = QStringLiteral("mkdir ") + key;
-        result = runOperation(QStringLiteral("mkdir 0 ") + quoted(url(key)));
+        result = runOperation(QStringLiteral("mkdir 0 ") + quotedUrl(key));
         if (!expectOk(what) || targets() != QStringList {key})
             return false;
         model.insert(key, kDir);
@@ -271,7 +291,7 @@ bool SoakTest::step(int index)
         const bool suffix = rng.bounded(2u);
         what = QStringLiteral("new file in ") + folder;
         result = runOperation(
-            QStringLiteral("touch 0 ") + quoted(url(folder)) + (suffix ? QStringLiteral(" txt") : QString()));
+            QStringLiteral("touch 0 ") + quotedUrl(folder) + (suffix ? QStringLiteral(" txt") : QString()));
         const QStringList made = targets();
         if (!expectOk(what) || made.size() != 1
             || !plausible(
@@ -327,9 +347,9 @@ bool SoakTest::step(int index)
         const QString target = pick(targetsOk);
         what = (move ? QStringLiteral("cut ") : QStringLiteral("copy ")) + sources.join(QLatin1Char(' '))
             + QStringLiteral(" to ") + target;
-        QString command = (move ? QStringLiteral("cut 0 ") : QStringLiteral("copy 0 ")) + quoted(url(target));
+        QString command = (move ? QStringLiteral("cut 0 ") : QStringLiteral("copy 0 ")) + quotedUrl(target);
         for (const QString &source : sources)
-            command += QLatin1Char(' ') + quoted(url(source));
+            command += QLatin1Char(' ') + quotedUrl(source);
         result = runOperation(command);
         const QStringList made = targets();
         if (!expectOk(what) || made.size() != sources.size())
@@ -348,27 +368,47 @@ bool SoakTest::step(int index)
         const QString name = fresh("r", file ? ".txt" : "");
         const QString key = source.left(source.lastIndexOf(QLatin1Char('/')) + 1) + name;
         what = QStringLiteral("rename ") + source + QStringLiteral(" to ") + name;
-        result = runOperation(QStringLiteral("rename 0 ") + quoted(url(source)) + QLatin1Char(' ') + quoted(url(key)));
+        result = runOperation(QStringLiteral("rename 0 ") + quotedUrl(source) + QLatin1Char(' ') + quotedUrl(key));
         if (!expectOk(what) || targets() != QStringList {key})
             return false;
         model = moved(model, source, key, false);
     } else if (op < 84) {
         const QString source = pick(entries);
         what = QStringLiteral("delete ") + source;
-        result = runOperation(QStringLiteral("delete 0 ") + quoted(url(source)));
+        result = runOperation(QStringLiteral("delete 0 ") + quotedUrl(source));
         if (!expectOk(what))
             return false;
         model = removed(model, source);
-    } else if (op < 94) {
+    } else if (op < 91) {
         const QString source = pick(entries);
         what = QStringLiteral("trash ") + source;
-        result = runOperation(QStringLiteral("trash 0 ") + quoted(url(source)));
+        result = runOperation(QStringLiteral("trash 0 ") + quotedUrl(source));
         const QStringList made = targets();
         const QString name = source.mid(source.lastIndexOf(QLatin1Char('/')) + 1);
         if (!expectOk(what) || made.size() != 1 || !plausible(made.at(0), QStringLiteral("trash"), name)) {
             qWarning().noquote() << what << "reported" << made;
             return false;
         }
+        model = moved(model, source, made.at(0), false);
+        trashedFrom.insert(made.at(0), source);
+    } else if (op < 96) {
+        const QStringList trashed = trashedFrom.keys();
+        if (trashed.isEmpty())
+            return compare(index, QStringLiteral("nothing to restore"));
+        const QString source = pick(trashed);
+        const QString original = trashedFrom.take(source);
+        const QString folder = original.left(original.lastIndexOf(QLatin1Char('/')));
+        what = QStringLiteral("restore ") + source + QStringLiteral(" to ") + original;
+        result = runOperation(QStringLiteral("restore 0 ") + quotedUrl(source));
+        const QStringList made = targets();
+        const QString name = original.mid(original.lastIndexOf(QLatin1Char('/')) + 1);
+        if (!expectOk(what) || made.size() != 1 || !(made.at(0) == original || plausible(made.at(0), folder, name))) {
+            qWarning().noquote() << what << "reported" << made;
+            return false;
+        }
+        // Folders that went away in the meantime come back.
+        for (QString up = folder; up.contains(QLatin1Char('/')); up = up.left(up.lastIndexOf(QLatin1Char('/'))))
+            model.insert(up, kDir);
         model = moved(model, source, made.at(0), false);
     } else {
         const QStringList files = keys(false, true);
@@ -377,7 +417,7 @@ bool SoakTest::step(int index)
         const QString source = pick(files);
         const QString key = folder + QLatin1Char('/') + fresh("l");
         what = QStringLiteral("link ") + key + QStringLiteral(" to ") + source;
-        runOperation(QStringLiteral("link 0 ") + quoted(url(source)) + QLatin1Char(' ') + quoted(url(key)));
+        runOperation(QStringLiteral("link 0 ") + quotedUrl(source) + QLatin1Char(' ') + quotedUrl(key));
         model.insert(key, "@" + diskPath(source).toUtf8());
     }
     return compare(index, what);
@@ -388,11 +428,19 @@ void SoakTest::randomWalkLosesNothing()
     const int steps
         = qEnvironmentVariableIsSet("NUBIX_SOAK_STEPS") ? qEnvironmentVariableIntValue("NUBIX_SOAK_STEPS") : 200;
     for (int i = 1; i <= steps; ++i) {
-        if (!step(i))
+        if (!step(i)) {
+            qInfo().noquote() << "file manager's output:\n"
+                              << host.out.mid(qMax(0, host.out.size() - 20)).join(QLatin1Char('\n')) << "\nits log:\n"
+                              << host.err.mid(qMax(0, host.err.size() - 40)).join(QLatin1Char('\n'));
             QFAIL(qPrintable(QStringLiteral("soak seed %1 failed at step %2 of %3").arg(seed).arg(i).arg(steps)));
+        }
         QVERIFY2(host.running(), "the file manager ended");
     }
-    qInfo("soak seed %u: %d steps, no file lost, duplicated or misplaced", seed, steps);
+    QStringList counts;
+    for (auto it = tally.cbegin(); it != tally.cend(); ++it)
+        counts.append(QStringLiteral("%1 %2").arg(it.key()).arg(it.value()));
+    qInfo("soak seed %u: %d steps, no file lost, duplicated or misplaced (%s)", seed, steps,
+        qPrintable(counts.join(QStringLiteral(", "))));
 }
 
 QTEST_GUILESS_MAIN(SoakTest)

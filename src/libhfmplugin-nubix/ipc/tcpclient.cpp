@@ -54,6 +54,11 @@ void TcpClient::connectToServer(const QString &host, quint16 port)
     QMetaObject::invokeMethod(
         socket,
         [target, host, port] {
+            // Every window shown and every folder entered asks for a
+            // connection; one under way answers them all. A second
+            // connectToHost() would only fail with an error.
+            if (target->state() != QAbstractSocket::UnconnectedState)
+                return;
             target->connectToHost(host, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
         },
         Qt::QueuedConnection);

@@ -49,6 +49,7 @@ private Q_SLOTS:
     void sendsFramedUtf8_data();
     void sendsFramedUtf8();
     void newConnectionStartsEmpty();
+    void attemptsWhileConnectingMakeOneConnection();
     void destroysWhileConnected();
     void closesAfterTheApplicationIsGone();
 };
@@ -166,6 +167,25 @@ void TestTcpClient::newConnectionStartsEmpty()
     peer.send("{\"first\":1}");
     QTRY_COMPARE(received.count(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("{\"first\":1}"));
+}
+
+void TestTcpClient::attemptsWhileConnectingMakeOneConnection()
+{
+    MessageLog log;
+    LocalPeer peer;
+    TcpClient client;
+    QSignalSpy connected(&client, &TcpClient::connected);
+    QSignalSpy errors(&client, &TcpClient::errorOccured);
+    for (int i = 0; i < 3; ++i)
+        client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    QVERIFY(peer.waitForClient());
+    QTRY_COMPARE(connected.count(), 1);
+    client.connectToServer(QStringLiteral("127.0.0.1"), peer.port());
+    // Sent after the last attempt on the same thread, so seen after it.
+    client.sendMessage(QStringLiteral("after"));
+    QCOMPARE(peer.nextFrame(), QByteArray("after"));
+    QCOMPARE(errors.count(), 0);
+    QCOMPARE(log.problems(), QStringList());
 }
 
 void TestTcpClient::destroysWhileConnected()

@@ -53,12 +53,20 @@ void TcpClient::connectToServer(const QString &host, quint16 port)
     QTcpSocket *const target = socket;
     QMetaObject::invokeMethod(
         socket,
-        [target, host, port] {
-            // Every window shown and every folder entered asks for a
-            // connection; one under way answers them all. A second
-            // connectToHost() would only fail with an error.
-            if (target->state() != QAbstractSocket::UnconnectedState)
-                return;
+        [this, target, host, port] {
+            // Start-up and every shown window ask to connect; a second request
+            // for the same place while the first is under way or done would
+            // only make the socket report an error. Another place (the client
+            // restarted on a new port) replaces the current connection.
+            if (target->state() != QAbstractSocket::UnconnectedState) {
+                if (targetHost == host && targetPort == port) {
+                    nubixDebug() << "TcpClient: Already connecting or connected to" << host << port;
+                    return;
+                }
+                target->abort();
+            }
+            targetHost = host;
+            targetPort = port;
             target->connectToHost(host, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
         },
         Qt::QueuedConnection);

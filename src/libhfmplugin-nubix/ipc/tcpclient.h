@@ -26,7 +26,8 @@ public:
     explicit TcpClient(QObject *parent = nullptr);
     ~TcpClient() override;
 
-    // Starts a connection; the socket is neither checked nor reset first.
+    // Starts a connection. Asking again for the place it is connecting or
+    // connected to does nothing; another place replaces the connection.
     void connectToServer(const QString &host, quint16 port);
     // Sends the UTF-8 text followed by the delimiter; failures show only in the debug log.
     void sendMessage(const QString &message);
@@ -47,6 +48,9 @@ private:
     QThread thread;
     QTcpSocket *socket = nullptr;
     FrameSplitter buffer;
+    // Where the socket was last sent; touched in the socket's thread only.
+    QString targetHost;
+    quint16 targetPort = 0;
 };
 
 }   // namespace hfmplugin_nubix

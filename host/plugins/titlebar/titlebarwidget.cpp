@@ -7,9 +7,11 @@
 #include <hpf/event/event.h>
 #include <htk/iconbutton.h>
 
+#include <QAction>
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QStyle>
 
 namespace hfmplugin_titlebar {
 
@@ -42,7 +44,16 @@ TitleBarWidget::TitleBarWidget(
     forwardButton = makeButton(QStringLiteral("forward"), QStringLiteral("go-next"), tr("Forward"), this);
     address = new QLineEdit(this);
     address->setObjectName(QStringLiteral("address"));
-    address->setClearButtonEnabled(true);
+    // A clear button of our own: the built-in one fades in through an
+    // animation without a parent, which a window closed within its 160 ms
+    // left behind for good.
+    QAction *clear
+        = address->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton), QLineEdit::TrailingPosition);
+    clear->setObjectName(QStringLiteral("clear"));
+    clear->setVisible(false);
+    connect(clear, &QAction::triggered, address, &QLineEdit::clear);
+    connect(
+        address, &QLineEdit::textChanged, clear, [clear](const QString &text) { clear->setVisible(!text.isEmpty()); });
     address->setMinimumHeight(30);
     iconButton = makeButton(QStringLiteral("icon"), QStringLiteral("view-grid-symbolic"), tr("Icon view"), this);
     listButton = makeButton(QStringLiteral("list"), QStringLiteral("view-list-symbolic"), tr("List view"), this);

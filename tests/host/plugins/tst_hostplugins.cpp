@@ -24,7 +24,9 @@
 #include <htk/messagedialog.h>
 
 #include <QAbstractItemView>
+#include <QAction>
 #include <QJsonArray>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -620,6 +622,16 @@ void HostPluginsTest::customViewAndTitleBarSettings()
     requestChangeUrl(id, testUrl("/"));
     COMPARE_MEMBERS(windowState(id).value(QStringLiteral("titlebar")).toObject(),
         R"({"iconViewBtn": true, "listViewBtn": true, "address": "hosttest:///"})");
+
+    // The address's clear button shows while there is text, and empties it.
+    auto *address = hfmbase::FileManagerWindowsManager::instance().findWindowById(id)->findChild<QLineEdit *>(
+        QStringLiteral("address"));
+    QVERIFY(address);
+    auto *clear = address->findChild<QAction *>(QStringLiteral("clear"));
+    QVERIFY(clear && clear->isVisible());
+    clear->trigger();
+    QCOMPARE(address->text(), QString());
+    QVERIFY(!clear->isVisible());
 }
 
 void HostPluginsTest::malformedRegistrationsAreRefused_data()

@@ -228,7 +228,9 @@ void NubixMessageHandler::handleMessage(const QString &message)
 {
     nubixDebug() << "NubixMessageHandler: Received message:" << message;
 
-    const QByteArray text = message.toLocal8Bit();
+    // Back to the wire's UTF-8: the locale's encoding would lose or garble
+    // every name it cannot represent.
+    const QByteArray text = message.toUtf8();
     // A key repeated over an object or array would leak inside the parser.
     if (Json::repeatedContainerKeyAt(text) >= 0) {
         nubixWarning() << "NubixMessageHandler: Invalid message format";

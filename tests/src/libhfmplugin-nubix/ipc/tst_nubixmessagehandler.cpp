@@ -9,6 +9,7 @@
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextCodec>
 #include <QTimer>
 #include <QUuid>
 
@@ -61,6 +62,8 @@ private Q_SLOTS:
     void parsesNotifications_data();
     void parsesNotifications();
     void notificationFileIdIs32Bit();
+    void namesSurviveAnyLocale_data();
+    void namesSurviveAnyLocale();
     void syncRootAsksForSyncInfoFirst();
     void parsesAnswers_data();
     void parsesAnswers();
@@ -457,6 +460,32 @@ void TestNubixMessageHandler::notificationFileIdIs32Bit()
     QCOMPARE(data.path, QStringLiteral("/big"));
     QCOMPARE(data.planStatus, 3);
     QVERIFY(data.fileId != Q_INT64_C(3000000000));
+}
+
+void TestNubixMessageHandler::namesSurviveAnyLocale_data()
+{
+    QTest::addColumn<QByteArray>("locale");
+    QTest::newRow("UTF-8") << QByteArray("UTF-8");
+    QTest::newRow("Latin-1") << QByteArray("ISO-8859-1");
+    QTest::newRow("ASCII") << QByteArray("US-ASCII");
+}
+
+void TestNubixMessageHandler::namesSurviveAnyLocale()
+{
+    // Messages are UTF-8 on the wire, whatever the session's locale.
+    QFETCH(QByteArray, locale);
+    QTextCodec *const before = QTextCodec::codecForLocale();
+    QTextCodec *const codec = QTextCodec::codecForName(locale);
+    if (!codec)
+        QSKIP("codec not available");
+    QTextCodec::setCodecForLocale(codec);
+    QSignalSpy spy(&wire.handler, &NubixMessageHandler::sigFileSyncStatusChanged);
+    const QString path = QStringLiteral("/\u6587\u6863/caf\u00e9 \U0001F600.txt");
+    wire.handler.handleMessage(QString::fromUtf8(
+        notification("fileSyncStatus", QByteArray("{\"path\":\"") + path.toUtf8() + "\",\"plan_status\":1}")));
+    QTextCodec::setCodecForLocale(before);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).value<FileData>().path, path);
 }
 
 void TestNubixMessageHandler::syncRootAsksForSyncInfoFirst()

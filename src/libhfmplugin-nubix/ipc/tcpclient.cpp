@@ -50,6 +50,7 @@ TcpClient::~TcpClient()
 void TcpClient::connectToServer(const QString &host, quint16 port)
 {
     nubixInfo() << "TcpClient: Connecting to server" << host << port;
+    connectionAsked = true;
     QTcpSocket *const target = socket;
     QMetaObject::invokeMethod(
         socket,
@@ -74,6 +75,12 @@ void TcpClient::connectToServer(const QString &host, quint16 port)
 
 void TcpClient::sendMessage(const QString &message)
 {
+    // Until a connection is first asked for, the socket can take nothing: a
+    // message is dropped here rather than handed to the worker to fail there.
+    if (!connectionAsked) {
+        nubixDebug() << "TcpClient: Not connected, dropped message:" << message;
+        return;
+    }
     nubixDebug() << "TcpClient: Sending message:" << message;
     QTcpSocket *const target = socket;
     QMetaObject::invokeMethod(

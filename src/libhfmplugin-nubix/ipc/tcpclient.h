@@ -51,6 +51,8 @@ private:
     // Where the socket was last sent; touched in the socket's thread only.
     QString targetHost;
     quint16 targetPort = 0;
+    // Set by the first connectToServer(); both run in the owner's thread.
+    bool connectionAsked = false;
 };
 
 }   // namespace hfmplugin_nubix

@@ -20,11 +20,16 @@ const QLatin1Char kSeparator('.');
 
 QJsonValue JsonPrivate::getValue(const QJsonObject &from, const QString &path)
 {
-    const QStringList keys = path.split(kSeparator);
+    // Walks the keys in place: getters run often, and splitting the path
+    // cost an allocation per key.
+    const QStringView keys(path);
     QJsonObject current = from;
-    for (int i = 0; i < keys.size() - 1; ++i)
-        current = current.value(keys.at(i)).toObject();
-    return current.value(keys.last());
+    int start = 0;
+    for (int dot = path.indexOf(kSeparator); dot >= 0; dot = path.indexOf(kSeparator, start)) {
+        current = current.value(keys.mid(start, dot - start)).toObject();
+        start = dot + 1;
+    }
+    return current.value(keys.mid(start));
 }
 
 void JsonPrivate::setValue(QJsonObject &object, const QString &path, const QJsonValue &value)

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QLoggingCategory>
 
 #include <cstddef>
@@ -14,9 +15,20 @@ namespace nubixfuzz {
 
 inline void dropMessage(QtMsgType, const QMessageLogContext &, const QString &) { }
 
-inline void setUp(int *argc, char ***argv)
+// The GUI application is for code that the file manager only ever runs
+// inside one: Qt's settings reader, for one, may build images from a file.
+inline void setUp(int *argc, char ***argv, bool gui = false)
 {
-    static QCoreApplication app(*argc, *argv);
+    if (gui) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        // Kept to the end: torn down, Qt's offscreen platform leaves its
+        // screen behind, which the leak check at exit would report.
+        static QGuiApplication *const app = new QGuiApplication(*argc, *argv);
+        Q_UNUSED(app)
+    } else {
+        static QCoreApplication app(*argc, *argv);
+    }
     QLoggingCategory::setFilterRules(QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix=false"));
     qInstallMessageHandler(dropMessage);
 }

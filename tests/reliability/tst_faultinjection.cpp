@@ -205,9 +205,7 @@ void FaultInjectionTest::misbehavingPeer_data()
     QTest::newRow("accepts and never answers") << "silent" << qint64(0) << kAnswerMs;
     QTest::newRow("stops reading while the plug-in sends") << "no-read" << qint64(0) << kAnswerMs;
     QTest::newRow("one 50 MB message") << "message" << qint64(50) * 1024 * 1024 << 20000;
-    // Holding 200 MB makes the reading thread fault in fresh pages all along,
-    // which slows the whole process: 0.3 to 1.0 s measured on two busy cores.
-    QTest::newRow("200 MB without a frame end") << "endless" << qint64(200) * 1024 * 1024 << 2 * kAnswerMs;
+    QTest::newRow("200 MB without a frame end") << "endless" << qint64(200) * 1024 * 1024 << kAnswerMs;
 }
 
 void FaultInjectionTest::misbehavingPeer()

@@ -22,15 +22,15 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
     QTcpSocket *const owned = socket;
     connect(
         &thread, &QThread::finished, owned, [owned] { delete owned; }, Qt::DirectConnection);
-    // The socket is read in its own thread, so no thread but the worker ever
-    // touches it; only the bytes travel to ours, where they are cut into
-    // messages in the order they arrived.
+    // The socket is read and its bytes cut into messages in its own thread,
+    // so that neither a huge message nor endless bytes without a delimiter
+    // hold the GUI thread; only complete messages travel to ours, in the
+    // order they arrived. The buffer belongs to the worker alone.
     QTcpSocket *const reader = socket;
-    connect(socket, &QTcpSocket::readyRead, socket, [this, reader] {
-        const QByteArray chunk = reader->readAll();
-        QMetaObject::invokeMethod(
-            this, [this, chunk] { onReadyRead(chunk); }, Qt::QueuedConnection);
-    });
+    connect(socket, &QTcpSocket::readyRead, socket, [this, reader] { onReadyRead(reader->readAll()); });
+    // Whatever a dead connection left half sent belongs to no message of
+    // the next one; emptied before the new connection's first read.
+    connect(socket, &QTcpSocket::connected, socket, [this] { buffer.clear(); });
     connect(socket, &QTcpSocket::connected, this, &TcpClient::onConnected);
     connect(socket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected);
     connect(socket, &QTcpSocket::errorOccurred, this, &TcpClient::onError);
@@ -96,9 +96,6 @@ void TcpClient::sendMessage(const QString &message)
 
 void TcpClient::onConnected()
 {
-    // Whatever a dead connection left half sent belongs to no message of
-    // this one. Its bytes were all queued before this call, so none is lost.
-    buffer.clear();
     nubixInfo() << "TcpClient: Connected to server";
     Q_EMIT connected();
 }
@@ -119,10 +116,17 @@ void TcpClient::onReadyRead(const QByteArray &chunk)
 {
     nubixDebug() << "TcpClient: Received raw data:" << chunk;
     const QStringList messages = buffer.feed(chunk);
-    for (const QString &message : messages) {
-        nubixDebug() << "TcpClient: Parsed complete message:" << message;
-        Q_EMIT messageReceived(message);
-    }
+    if (messages.isEmpty())
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this, messages] {
+            for (const QString &message : messages) {
+                nubixDebug() << "TcpClient: Parsed complete message:" << message;
+                Q_EMIT messageReceived(message);
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 }   // namespace hfmplugin_nubix

@@ -15,8 +15,8 @@ namespace hfmplugin_nubix {
 // a form feed. The socket lives in a worker thread owned by this object; the
 // public calls only queue work to it and never block. Signals are emitted in
 // the thread of this object (the GUI thread), one messageReceived per
-// complete message, in order. Received bytes wait as bytes and each complete
-// message is decoded as UTF-8 whole; every new connection starts with an
+// complete message, in order. Received bytes wait as bytes, in the worker,
+// and each complete message is decoded there as UTF-8 whole; every new connection starts with an
 // empty buffer, while a disconnection leaves it as it is.
 class TcpClient : public QObject
 {
@@ -42,9 +42,11 @@ private Q_SLOTS:
     void onConnected();
     void onDisconnected();
     void onError(QAbstractSocket::SocketError error);
-    void onReadyRead(const QByteArray &chunk);
 
 private:
+    // In the worker thread: cuts the bytes into messages and hands them over.
+    void onReadyRead(const QByteArray &chunk);
+
     QThread thread;
     QTcpSocket *socket = nullptr;
     FrameSplitter buffer;

@@ -23,6 +23,9 @@ constexpr int kIncomingDelayMs = 250;
 constexpr int kFewArrivals = 32;
 // A flush of file updates gives the event loop back after this long.
 constexpr qint64 kUpdateBudgetNs = 15 * 1000 * 1000;
+// Refreshes that keep coming (a plug-in working off thousands of them a few
+// at a time) repaint at most this often, not once per turn.
+constexpr qint64 kUpdateIntervalMs = 30;
 
 }   // namespace
 
@@ -307,6 +310,11 @@ FileItemPointer FileModel::itemAt(int row) const
 
 int FileModel::rowOf(const QUrl &url) const
 {
+    return rowOfNormalized(hdehost::normalizedUrl(url));
+}
+
+int FileModel::rowOfNormalized(const QUrl &url) const
+{
     if (!rowIndexValid) {
         rowIndex.clear();
         rowIndex.reserve(items.size());
@@ -314,16 +322,21 @@ int FileModel::rowOf(const QUrl &url) const
             rowIndex.insert(hdehost::normalizedUrl(items.at(i)->url), i);
         rowIndexValid = true;
     }
-    return rowIndex.value(hdehost::normalizedUrl(url), -1);
+    return rowIndex.value(url, -1);
 }
 
 void FileModel::updateFile(const QUrl &url)
 {
-    if (rowOf(url) < 0)
+    // Called thousands of times in a row when a plug-in repaints a folder's
+    // items: one normalisation and one lookup, the rest waits for the flush.
+    const QUrl key = hdehost::normalizedUrl(url);
+    if (rowOfNormalized(key) < 0)
         return;
-    dirty.insert(hdehost::normalizedUrl(url));
-    if (!updateTimer.isActive())
-        updateTimer.start();
+    dirty.insert(key);
+    if (!updateTimer.isActive()) {
+        const qint64 since = lastUpdate.isValid() ? lastUpdate.elapsed() : kUpdateIntervalMs;
+        updateTimer.start(int(qMax<qint64>(0, kUpdateIntervalMs - since)));
+    }
 }
 
 void FileModel::flushUpdates()
@@ -334,7 +347,7 @@ void FileModel::flushUpdates()
     int last = -1;
     QVector<FileItemPointer> renamed;
     for (auto it = dirty.begin(); it != dirty.end();) {
-        const int row = rowOf(*it);
+        const int row = rowOfNormalized(*it);
         it = dirty.erase(it);
         if (row >= 0) {
             const FileItemPointer &item = items.at(row);
@@ -344,7 +357,10 @@ void FileModel::flushUpdates()
             if (fresh->name != item->name || fresh->isDir != item->isDir) {
                 renamed.append(fresh);
             } else {
-                items[row] = fresh;
+                // An unchanged row keeps its item and with it the icon and
+                // type already looked up; it is repainted all the same.
+                if (fresh->size != item->size || fresh->modified != item->modified)
+                    items[row] = fresh;
                 first = first < 0 ? row : qMin(first, row);
                 last = qMax(last, row);
             }
@@ -362,8 +378,10 @@ void FileModel::flushUpdates()
         removeRow(row);
         insertSorted(fresh);
     }
+    lastUpdate.start();
+    // What the budget left over follows at once: it was asked for before.
     if (!dirty.isEmpty())
-        updateTimer.start();
+        updateTimer.start(0);
 }
 
 int FileModel::rowCount(const QModelIndex &parent) const

@@ -6,6 +6,7 @@
 #include <hfmbase/abstractfilewatcher.h>
 
 #include <QAbstractTableModel>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QSet>
 #include <QTimer>
@@ -41,8 +42,9 @@ public:
     FileItemPointer itemAt(int row) const;
     int rowOf(const QUrl &url) const;
     // Re-reads one row's file info and repaints it. Updates are gathered
-    // and applied once per turn of the event loop, with one repaint for all
-    // rows, so that a burst of thousands costs one pass.
+    // and applied once per turn of the event loop (at most every 30 ms while
+    // they keep coming), with one repaint for all rows, so that a burst of
+    // thousands costs one pass.
     void updateFile(const QUrl &url);
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
@@ -71,6 +73,7 @@ private:
     void removeRow(int row);
     bool isShown(const QUrl &url, const hfmbase::FileInfoPointer &info) const;
     void invalidateIndex();
+    int rowOfNormalized(const QUrl &url) const;
     void flushUpdates();
 
     QUrl root;
@@ -91,6 +94,7 @@ private:
     QTimer changeTimer;
     QSet<QUrl> dirty;   // normalised URLs waiting for flushUpdates()
     QTimer updateTimer;
+    QElapsedTimer lastUpdate;
 };
 
 }   // namespace hfmplugin_workspace

@@ -34,6 +34,12 @@ QUrl normalizedUrl(const QUrl &url)
 {
     if (!url.isValid())
         return url;
+    // Most URLs are normal already; rebuilding the path costs more than the
+    // lookups that use this. A '%' may decode to something that changes the
+    // path, so such paths take the long way.
+    const QString shown = url.path(QUrl::PrettyDecoded);
+    if (shown.size() > 1 && !shown.endsWith(QLatin1Char('/')) && !shown.contains(QLatin1Char('%')))
+        return url;
     QUrl copy(url);
     QString path = copy.path(QUrl::FullyDecoded);
     if (path.isEmpty()) {

@@ -9,6 +9,7 @@
 #include <hpf/event/event.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
@@ -21,6 +22,12 @@ namespace hfmplugin_nubix {
 
 namespace {
 constexpr int kSaveDelayMs = 500;
+// How long one turn of the event loop may spend storing entries and asking
+// for repaints: an answer of ten thousand entries must not freeze the windows.
+constexpr qint64 kStoreBudgetNs = 8 * 1000 * 1000;
+// A list this long came in a message that took a while to read already: its
+// entries start in the next turn.
+constexpr int kLongList = 512;
 const QString kWorkspaceSpace = QStringLiteral("hfmplugin_workspace");
 const QString kFileUpdateSlot = QStringLiteral("slot_Model_FileUpdate");
 
@@ -170,8 +177,27 @@ FileData NubixCaches::fileData(const QString &path) const
 
 void NubixCaches::cacheFileDatas(const QList<FileData> &datas)
 {
+    if (datas.isEmpty())
+        return;
+    // Behind whatever still waits, so that a later report always wins.
+    waiting.append(datas);
+    if (datas.size() < kLongList)
+        storeWaiting();
+    else
+        queueStoring();
+}
+
+void NubixCaches::storeWaiting()
+{
+    QElapsedTimer budget;
+    budget.start();
     hpf::EventChannelManager *channel = hpf::channel();
-    for (const FileData &data : datas) {
+    while (!waiting.isEmpty()) {
+        if (budget.nsecsElapsed() >= kStoreBudgetNs) {
+            queueStoring();
+            return;
+        }
+        const FileData data = waiting.dequeue();
         // One entry at a time, so that whoever repaints an item reads the
         // status it is being told about, and the lock is never held long.
         {
@@ -181,6 +207,20 @@ void NubixCaches::cacheFileDatas(const QList<FileData> &datas)
         // Every entry repaints its item, changed or not; parents are left alone.
         channel->push(kWorkspaceSpace, kFileUpdateSlot, cloudUrl(data.path));
     }
+}
+
+void NubixCaches::queueStoring()
+{
+    if (storeQueued)
+        return;
+    storeQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            storeQueued = false;
+            storeWaiting();
+        },
+        Qt::QueuedConnection);
 }
 
 void NubixCaches::store(const FileData &data)

@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QQueue>
 
 #include <shared_mutex>
 
@@ -45,7 +46,9 @@ public:
     // The entry stored under exactly this cloud path, or a default record.
     FileData fileData(const QString &path) const;
     // Stores each entry under its path and asks the file view to repaint it
-    // (one "slot_Model_FileUpdate" per entry). GUI thread.
+    // (one "slot_Model_FileUpdate" per entry), in the order reported. A long
+    // list is worked off a few milliseconds per turn of the event loop, and
+    // entries reported meanwhile wait behind it. GUI thread.
     void cacheFileDatas(const QList<FileData> &datas);
     // Drops the entry stored under exactly this cloud path, if any.
     void removeFileCache(const QString &path);
@@ -67,6 +70,9 @@ private:
     void connectHandler();
     // Puts one entry in place; the caller holds the lock for writing.
     void store(const FileData &data);
+    // Works off waiting entries until the turn's budget is spent.
+    void storeWaiting();
+    void queueStoring();
 
     // A plain reader-writer lock: cheap when uncontended, and visible to
     // thread checkers. Never held while a signal is emitted.
@@ -77,6 +83,8 @@ private:
     // a hash keeps the emblem lookups short among many long, alike paths.
     QHash<QString, FileData> files;
     QTimer *saveTimer = nullptr;
+    QQueue<FileData> waiting;
+    bool storeQueued = false;
 };
 
 }   // namespace hfmplugin_nubix

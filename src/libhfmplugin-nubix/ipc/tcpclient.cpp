@@ -3,10 +3,21 @@
 
 #include "nubixglobal.h"
 
+#include <QElapsedTimer>
 #include <QMetaObject>
 #include <QTcpSocket>
 
 namespace hfmplugin_nubix {
+
+namespace {
+// How long one turn of the event loop may spend handing on messages: a
+// client sending thousands of notifications at once must not freeze the
+// windows for the whole lot.
+constexpr qint64 kDeliveryBudgetNs = 8 * 1000 * 1000;
+// A message this long (in characters) takes a turn to handle by itself, so
+// that parsing it never comes on top of the messages before it.
+constexpr int kLongMessage = 64 * 1024;
+}   // namespace
 
 TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
 {
@@ -96,6 +107,7 @@ void TcpClient::sendMessage(const QString &message)
 
 void TcpClient::onConnected()
 {
+    deliverAll();
     nubixInfo() << "TcpClient: Connected to server";
     Q_EMIT connected();
 }
@@ -103,6 +115,7 @@ void TcpClient::onConnected()
 void TcpClient::onDisconnected()
 {
     nubixInfo() << "TcpClient: Disconnected from server";
+    deliverAll();
     Q_EMIT disconnected();
 }
 
@@ -116,17 +129,52 @@ void TcpClient::onReadyRead(const QByteArray &chunk)
 {
     nubixDebug() << "TcpClient: Received raw data:" << chunk;
     const QStringList messages = buffer.feed(chunk);
-    if (messages.isEmpty())
-        return;
-    QMetaObject::invokeMethod(
-        this,
-        [this, messages] {
-            for (const QString &message : messages) {
-                nubixDebug() << "TcpClient: Parsed complete message:" << message;
-                Q_EMIT messageReceived(message);
+    if (!messages.isEmpty())
+        QMetaObject::invokeMethod(this, "onMessages", Qt::QueuedConnection, Q_ARG(QStringList, messages));
+}
+
+void TcpClient::onMessages(const QStringList &messages)
+{
+    waiting += messages;
+    deliver(false);
+}
+
+void TcpClient::deliver(bool freshTurn)
+{
+    QElapsedTimer budget;
+    budget.start();
+    bool first = freshTurn;
+    // One message at a time off the front: a receiver that runs a nested
+    // event loop may come back here, and order must hold then too.
+    while (!waiting.isEmpty()) {
+        const bool longNext = waiting.first().size() >= kLongMessage;
+        if (budget.nsecsElapsed() >= kDeliveryBudgetNs || (longNext && !first)) {
+            if (!deliveryQueued) {
+                deliveryQueued = true;
+                QMetaObject::invokeMethod(
+                    this,
+                    [this] {
+                        deliveryQueued = false;
+                        deliver(true);
+                    },
+                    Qt::QueuedConnection);
             }
-        },
-        Qt::QueuedConnection);
+            return;
+        }
+        first = false;
+        const QString message = waiting.takeFirst();
+        nubixDebug() << "TcpClient: Parsed complete message:" << message;
+        Q_EMIT messageReceived(message);
+    }
+}
+
+void TcpClient::deliverAll()
+{
+    while (!waiting.isEmpty()) {
+        const QString message = waiting.takeFirst();
+        nubixDebug() << "TcpClient: Parsed complete message:" << message;
+        Q_EMIT messageReceived(message);
+    }
 }
 
 }   // namespace hfmplugin_nubix

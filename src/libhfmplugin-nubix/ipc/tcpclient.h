@@ -16,8 +16,11 @@ namespace hfmplugin_nubix {
 // public calls only queue work to it and never block. Signals are emitted in
 // the thread of this object (the GUI thread), one messageReceived per
 // complete message, in order. Received bytes wait as bytes, in the worker,
-// and each complete message is decoded there as UTF-8 whole; every new connection starts with an
-// empty buffer, while a disconnection leaves it as it is.
+// and each complete message is decoded there as UTF-8 whole; every new
+// connection starts with an empty buffer, while a disconnection leaves it as
+// it is. Many messages arriving at once are handed on a few milliseconds'
+// worth per turn of the event loop; messages still waiting are all handed on
+// before connected() and disconnected().
 class TcpClient : public QObject
 {
     Q_OBJECT
@@ -42,10 +45,17 @@ private Q_SLOTS:
     void onConnected();
     void onDisconnected();
     void onError(QAbstractSocket::SocketError error);
+    // In the owner's thread: queues complete messages for delivery.
+    void onMessages(const QStringList &messages);
 
 private:
     // In the worker thread: cuts the bytes into messages and hands them over.
     void onReadyRead(const QByteArray &chunk);
+    // Hands on waiting messages until the time budget is spent, then
+    // continues in a later turn; a long message waits for a turn of its own
+    // unless this call is one (`freshTurn`).
+    void deliver(bool freshTurn);
+    void deliverAll();
 
     QThread thread;
     QTcpSocket *socket = nullptr;
@@ -55,6 +65,8 @@ private:
     quint16 targetPort = 0;
     // Set by the first connectToServer(); both run in the owner's thread.
     bool connectionAsked = false;
+    QStringList waiting;
+    bool deliveryQueued = false;
 };
 
 }   // namespace hfmplugin_nubix

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void repaintsTheUrlUserInputGives();
     void laterStatusReplacesEarlier();
     void eachEntryIsStoredBeforeItsRepaint();
+    void laterReportWinsOverALongAnswer();
     void looksUpExactPathsOnly_data();
     void looksUpExactPathsOnly();
     void removesExactPathOnly();
@@ -209,6 +210,27 @@ void TestNubixCaches::eachEntryIsStoredBeforeItsRepaint()
     // Each repaint sees its own entry, and nothing of the entries after it.
     QCOMPARE(statusAtRepaint, (QList<int> {1, 2, 3}));
     QCOMPARE(caches->fileData(QStringLiteral("/order/a")).planStatus, 3);
+}
+
+void TestNubixCaches::laterReportWinsOverALongAnswer()
+{
+    // Long enough to be worked off over several turns of the event loop.
+    constexpr int kEntries = 3000;
+    QByteArray entries;
+    for (int i = 0; i < kEntries; ++i)
+        entries += (i ? "," : "") + QByteArray(R"({"path":"/long/)") + QByteArray::number(i) + R"(","plan_status":2})";
+    repainted.clear();
+    statusAtRepaint.clear();
+    peer.send(answer("getFileStatus", "[" + entries + "]"));
+    // The report about the answer's last entry comes after it: it must win.
+    peer.send(notification("fileSyncStatus", R"({"path":"/long/2999","plan_status":3})"));
+    QTRY_COMPARE(repainted.size(), kEntries + 1);
+
+    QCOMPARE(repainted.last().path(), QStringLiteral("/long/2999"));
+    QCOMPARE(statusAtRepaint.count(2), kEntries);
+    QCOMPARE(statusAtRepaint.last(), 3);
+    QCOMPARE(caches->fileData(QStringLiteral("/long/0")).planStatus, 2);
+    QCOMPARE(caches->fileData(QStringLiteral("/long/2999")).planStatus, 3);
 }
 
 void TestNubixCaches::looksUpExactPathsOnly_data()

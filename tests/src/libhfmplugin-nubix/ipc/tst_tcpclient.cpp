@@ -51,6 +51,8 @@ private Q_SLOTS:
     void newConnectionStartsEmpty();
     void connectingAgain_data();
     void connectingAgain();
+    void burstsLeaveTurnsToTheEventLoop_data();
+    void burstsLeaveTurnsToTheEventLoop();
     void destroysWhileConnected();
     void closesAfterTheApplicationIsGone();
 };
@@ -208,6 +210,60 @@ void TestTcpClient::newConnectionStartsEmpty()
     peer.send("{\"first\":1}");
     QTRY_COMPARE(received.count(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("{\"first\":1}"));
+}
+
+void TestTcpClient::burstsLeaveTurnsToTheEventLoop_data()
+{
+    QTest::addColumn<QByteArray>("burst");
+    QTest::addColumn<bool>("disconnectAfter");
+
+    QByteArray many;
+    for (int i = 0; i < 40000; ++i)
+        many += "{\"n\":" + QByteArray::number(i) + "}\f";
+    const QByteArray longMessage = "{\"long\":\"" + QByteArray(200 * 1024, 'x') + "\"}\f";
+    QTest::newRow("thousands of short messages") << many << false;
+    QTest::newRow("a long message behind a short one") << "{\"n\":0}\f" + longMessage + "{\"n\":2}\f" << false;
+    // What was read before the connection dropped is all handed on first.
+    QTest::newRow("disconnected right after a burst") << many << true;
+}
+
+void TestTcpClient::burstsLeaveTurnsToTheEventLoop()
+{
+    QFETCH(QByteArray, burst);
+    QFETCH(bool, disconnectAfter);
+
+    MessageLog log;
+    TcpClient client;
+    QStringList got;
+    int gotWhenLoopRan = -1;
+    int gotAtDisconnect = -1;
+    connect(&client, &TcpClient::messageReceived, this, [&](const QString &message) {
+        if (got.isEmpty())
+            QTimer::singleShot(0, this, [&] { gotWhenLoopRan = got.size(); });
+        got.append(message);
+    });
+    connect(&client, &TcpClient::disconnected, this, [&] { gotAtDisconnect = got.size(); });
+    const int expected = burst.count('\f');
+
+    // All of it as one read, the way a fast sender fills the socket.
+    QStringList messages = QString::fromLatin1(burst).split(QLatin1Char('\f'));
+    messages.removeLast();
+    QVERIFY(QMetaObject::invokeMethod(&client, "onMessages", Q_ARG(QStringList, messages)));
+    if (disconnectAfter)
+        QVERIFY(QMetaObject::invokeMethod(&client, "onDisconnected"));
+    QTRY_COMPARE_WITH_TIMEOUT(got.size(), expected, 30000);
+
+    // The event loop ran before the last message was handed on (unless the
+    // connection dropped first), and nothing was lost or reordered on the way.
+    if (disconnectAfter) {
+        QCOMPARE(gotAtDisconnect, expected);
+    } else {
+        QTRY_VERIFY(gotWhenLoopRan >= 0);
+        QVERIFY2(gotWhenLoopRan > 0 && gotWhenLoopRan < expected, qPrintable(QString::number(gotWhenLoopRan)));
+    }
+    for (int i = 0; i < got.size(); ++i)
+        QVERIFY2(got.at(i) == QStringLiteral("{\"n\":%1}").arg(i) || got.at(i).startsWith(QLatin1String("{\"long")),
+            qPrintable(got.at(i).left(40)));
 }
 
 void TestTcpClient::destroysWhileConnected()

@@ -5,8 +5,9 @@
 // every emblem has to change. Reported: the time until every status is cached
 // and every row has been asked to repaint and has painted ("real time"), and
 // the longest stall of the GUI thread's event loop, seen by a 1 ms heartbeat
-// ("max_stall_ms"). Target: no stall over 50 ms. Logging is left as the host
-// leaves it by default.
+// ("max_stall_ms"; "max_stall_cpu_ms" is the GUI thread's CPU time in that
+// gap, which a busy machine does not inflate). Target: no stall over 50 ms.
+// Logging is left as the host leaves it by default.
 #include "benchapp.h"
 #include "benchtree.h"
 
@@ -41,6 +42,8 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <ctime>
+
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
@@ -50,6 +53,15 @@
 using namespace hfmplugin_nubix;
 
 namespace {
+
+// CPU time of the calling thread: on a busy machine the wall-clock stall
+// also counts the time other programs had the core.
+qint64 threadCpuNs()
+{
+    timespec now {};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
 
 constexpr int kItems = nubixbench::kTreeFiles;
 
@@ -183,6 +195,7 @@ void storm(benchmark::State &state, QByteArray (*payload)(int))
 {
     Scene &s = scene();
     double maxStallMs = 0;
+    double maxStallCpuMs = 0;
     int round = 0;
     for (auto _ : state) {
         const int status = (round++ % 2) ? 3 : 2;
@@ -191,10 +204,15 @@ void storm(benchmark::State &state, QByteArray (*payload)(int))
 
         QElapsedTimer heartbeat;
         qint64 longest = 0;
+        qint64 longestCpu = 0;
+        qint64 lastCpu = threadCpuNs();
         QTimer beat;
         beat.setInterval(1);
         QObject::connect(&beat, &QTimer::timeout, [&] {
             longest = qMax(longest, heartbeat.nsecsElapsed());
+            const qint64 cpu = threadCpuNs();
+            longestCpu = qMax(longestCpu, cpu - lastCpu);
+            lastCpu = cpu;
             heartbeat.restart();
         });
         QElapsedTimer clock;
@@ -210,12 +228,14 @@ void storm(benchmark::State &state, QByteArray (*payload)(int))
         beat.stop();
         writer.join();
         maxStallMs = qMax(maxStallMs, double(longest) / 1e6);
+        maxStallCpuMs = qMax(maxStallCpuMs, double(longestCpu) / 1e6);
 
         const QString last = QString::fromLatin1(cloudPath(kItems - 1));
         if (NubixCaches::instance()->fileData(last).planStatus != status)
             state.SkipWithError("the last status did not arrive");
     }
     state.counters["max_stall_ms"] = maxStallMs;
+    state.counters["max_stall_cpu_ms"] = maxStallCpuMs;
 }
 
 void BM_StatusStorm_OneAnswer(benchmark::State &state)

@@ -277,6 +277,10 @@ void TestNubixEndToEnd::fileOperationsActOnLocalFiles()
                                  "mkdir last nubix:///made\n"
                                  "touch last nubix:/// txt\n"
                                  "rename last nubix:///a.txt b.txt\n"
+                                 // The renamed item is selected under the tree's own URL.
+                                 "wait-for state windows/-1/tabs/0/view/items/[name=b.txt]/selected true\n"
+                                 "expect windows/-1/tabs/0/view/items/[name=b.txt]/url nubix:///b.txt\n"
+                                 "expect windows/-1/tabs/0/view/items/[name=made]/selected false\n"
                                  "delete last nubix:///gone.txt\n"
                                  "wait-for idle\n"
                                  "trash last nubix:///trashme.txt\n"

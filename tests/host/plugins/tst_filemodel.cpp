@@ -278,7 +278,12 @@ void FileModelTest::burstOfUpdatesRepaintsOnce()
     }());
     QVERIFY2(ranges < names.size() / 10, qPrintable(QString::number(ranges)));
     QCOMPARE(model.index(150, FileModel::kSize).data().toString(), QLocale().formattedDataSize(5));
-    QCOMPARE(moves.count(), 0);
+    // The watcher may report the write to f150 meanwhile and put that row
+    // in again; the refreshes themselves move nothing.
+    for (const QList<QVariant> &args : qAsConst(moves)) {
+        QCOMPARE(args.at(1).toInt(), 150);
+        QCOMPARE(args.at(2).toInt(), 150);
+    }
     QCOMPARE(rowNames(model), names);
 }
 

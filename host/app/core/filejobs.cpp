@@ -25,6 +25,28 @@ QString systemError()
     return QString::fromLocal8Bit(strerror(errno));
 }
 
+// Removes a file, a link or a folder with its content, bottom up, as far as
+// it goes. Returns one line for each entry that stayed for a reason of its
+// own; a folder that stayed only because something in it stayed is not named.
+QStringList removeTree(const QString &path)
+{
+    const QByteArray encoded = QFile::encodeName(path);
+    auto stayed = [&path] { return QStringList {QStringLiteral("\"%1\" (%2)").arg(path, systemError())}; };
+    struct stat st;
+    if (::lstat(encoded.constData(), &st) != 0)
+        return errno == ENOENT ? QStringList() : stayed();
+    if (!S_ISDIR(st.st_mode))
+        return ::unlink(encoded.constData()) == 0 ? QStringList() : stayed();
+    QStringList inside;
+    const QStringList names
+        = QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString &name : names)
+        inside += removeTree(path + QLatin1Char('/') + name);
+    if (!inside.isEmpty())
+        return inside;
+    return ::rmdir(encoded.constData()) == 0 ? QStringList() : stayed();
+}
+
 // The text a symbolic link holds, relative targets kept relative.
 QString readLink(const QString &path)
 {
@@ -234,10 +256,13 @@ TransferResult transfer(
         result.targets.append(destination);
         if (!move)
             continue;
-        QString error;
-        if (!removePath(clean, &error))
-            fail(QStringLiteral("\"%1\" was copied to \"%2\" but could not be removed: %3")
-                     .arg(sourcePath, destination, error));
+        // Whatever could be removed is gone (a folder's files, say, while the
+        // folder stays because its own folder is read-only): the line names
+        // exactly what is still in the old place.
+        const QStringList stayed = removeTree(clean);
+        if (!stayed.isEmpty())
+            fail(QStringLiteral("\"%1\" was copied to \"%2\"; the old place still holds %3, the rest was removed")
+                     .arg(sourcePath, destination, stayed.join(QStringLiteral(", "))));
     }
     return result;
 }

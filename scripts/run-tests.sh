@@ -18,7 +18,11 @@ cmake --build "$build" -j "$jobs"
 (cd "$build" && QT_QPA_PLATFORM=offscreen ctest -j "$jobs" --output-on-failure -LE 'tsan')
 
 if [ -x scripts/run-tsan-tests.sh ]; then bash scripts/run-tsan-tests.sh; fi
-if [ -x scripts/run-asan-tests.sh ]; then bash scripts/run-asan-tests.sh; fi
+# The end-to-end fault and soak runs hold the file manager to one-second
+# answers, which a Debug sanitizer build cannot keep; they ran above.
+if [ -x scripts/run-asan-tests.sh ]; then
+    NUBIX_ASAN_EXCLUDE_LABELS=${NUBIX_ASAN_EXCLUDE_LABELS:-'tsan|reliability'} bash scripts/run-asan-tests.sh
+fi
 if [ -x scripts/run-fuzz.sh ]; then bash scripts/run-fuzz.sh 20; fi
 # The Debian packages installed, used and purged (root only; skipped otherwise).
 bash scripts/package-test.sh

@@ -66,6 +66,22 @@ QString localPathOf(const QUrl &url, QString *error)
     return local.isValid() ? QDir::cleanPath(local.toLocalFile()) : QString();
 }
 
+// The local paths of the URLs that have one; the first reason one has not
+// goes to `unresolved`.
+QStringList localPathsOf(const QList<QUrl> &urls, QString *unresolved)
+{
+    QStringList paths;
+    for (const QUrl &url : urls) {
+        QString error;
+        const QString path = localPathOf(url, &error);
+        if (!path.isEmpty())
+            paths.append(path);
+        else if (unresolved->isEmpty())
+            *unresolved = error;
+    }
+    return paths;
+}
+
 QString localTargetPathOf(const QUrl &url, QString *error)
 {
     if (url.isLocalFile())
@@ -343,12 +359,7 @@ void FileOperations::transfer(quint64 windowId, const QList<QUrl> &sources, cons
     if (handle)
         handle(handler);
     QString error;
-    QStringList paths;
-    for (const QUrl &url : sources) {
-        const QString path = localPathOf(url, &error);
-        if (!path.isEmpty())
-            paths.append(path);
-    }
+    const QStringList paths = localPathsOf(sources, &error);
     QString targetError;
     const QString targetDir = localPathOf(target, &targetError);
     if (error.isEmpty())
@@ -424,15 +435,7 @@ void FileOperations::removeFiles(
     if (handle)
         handle(handler);
     QString unresolved;
-    QStringList paths;
-    for (const QUrl &url : urls) {
-        QString error;
-        const QString path = localPathOf(url, &error);
-        if (path.isEmpty() && unresolved.isEmpty())
-            unresolved = error;
-        if (!path.isEmpty())
-            paths.append(path);
-    }
+    const QStringList paths = localPathsOf(urls, &unresolved);
     struct Outcome
     {
         QStringList done;
@@ -476,15 +479,7 @@ void FileOperations::removeFiles(
 void FileOperations::restoreFromTrash(quint64 windowId, const QList<QUrl> &urls)
 {
     QString unresolved;
-    QStringList paths;
-    for (const QUrl &url : urls) {
-        QString error;
-        const QString path = localPathOf(url, &error);
-        if (path.isEmpty() && unresolved.isEmpty())
-            unresolved = error;
-        if (!path.isEmpty())
-            paths.append(path);
-    }
+    const QStringList paths = localPathsOf(urls, &unresolved);
     struct Outcome
     {
         QStringList sources;

@@ -237,12 +237,15 @@ void TestTcpClient::burstsLeaveTurnsToTheEventLoop()
     QStringList got;
     int gotWhenLoopRan = -1;
     int gotAtDisconnect = -1;
-    connect(&client, &TcpClient::messageReceived, this, [&](const QString &message) {
+    // Owns the callbacks below, so that a timer still queued when a row ends
+    // dies with the locals it writes to.
+    QObject scope;
+    connect(&client, &TcpClient::messageReceived, &scope, [&](const QString &message) {
         if (got.isEmpty())
-            QTimer::singleShot(0, this, [&] { gotWhenLoopRan = got.size(); });
+            QTimer::singleShot(0, &scope, [&] { gotWhenLoopRan = got.size(); });
         got.append(message);
     });
-    connect(&client, &TcpClient::disconnected, this, [&] { gotAtDisconnect = got.size(); });
+    connect(&client, &TcpClient::disconnected, &scope, [&] { gotAtDisconnect = got.size(); });
     const int expected = burst.count('\f');
 
     // All of it as one read, the way a fast sender fills the socket.

@@ -29,10 +29,17 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
 
     // Deleted right in the worker as it finishes: a deleteLater() posted
     // there is never delivered once the application object is gone, as at
-    // exit, where the last owner of the socket goes away.
+    // exit, where the last owner of the socket goes away. The worker's own
+    // buffers are freed there too, in the thread that filled them.
     QTcpSocket *const owned = socket;
     connect(
-        &thread, &QThread::finished, owned, [owned] { delete owned; }, Qt::DirectConnection);
+        &thread, &QThread::finished, owned,
+        [this, owned] {
+            delete owned;
+            buffer.clear();
+            targetHost.clear();
+        },
+        Qt::DirectConnection);
     // The socket is read and its bytes cut into messages in its own thread,
     // so that neither a huge message nor endless bytes without a delimiter
     // hold the GUI thread; only complete messages travel to ours, in the

@@ -68,6 +68,9 @@ kelodrive::Simulator *simulator()
             datas.append(data);
         }
         NubixCaches::instance()->cacheFileDatas(datas);
+        // A large batch is stored over several event-loop turns.
+        nubixbench::spinUntil(
+            [] { return NubixCaches::instance()->fileData(cloudPath(kItems - 1)).planStatus == 3; }, 10000);
         return s;
     }();
     return sim;

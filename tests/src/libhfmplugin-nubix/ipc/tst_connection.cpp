@@ -69,7 +69,6 @@ private Q_SLOTS:
     void retriesRefusedConnectionWhileClientRuns();
     void stopsAfterRefusalWithoutClient();
     void closedConnectionIsNotRetried();
-    void launchesClientWithoutConnecting();
 };
 
 void TestConnection::init()
@@ -96,8 +95,6 @@ void TestConnection::readsPortFile_data()
     QTest::newRow("only the first line counts")
         << true << QByteArray("%1\n1\nsomething else\n") << true << QStringList();
     QTest::newRow("not a number") << true << QByteArray("port=8080\n") << false << invalid("port=8080");
-    QTest::newRow("hexadecimal") << true << QByteArray("0x1f90\n") << false << invalid("0x1f90");
-    QTest::newRow("negative") << true << QByteArray("-1\n") << false << invalid("-1");
     QTest::newRow("above 65535") << true << QByteArray("65536\n") << false << invalid("65536");
     QTest::newRow("empty file") << true << QByteArray() << false << invalid("");
     QTest::newRow("empty first line") << true << QByteArray("\n%1\n") << false << invalid("");
@@ -156,7 +153,6 @@ void TestConnection::refusesSpecialPortFiles_data()
     QTest::newRow("fifo") << QStringLiteral("fifo");
     QTest::newRow("symbolic link to /dev/zero") << QStringLiteral("zero");
     QTest::newRow("directory") << QStringLiteral("directory");
-    QTest::newRow("dangling symbolic link") << QStringLiteral("dangling");
 }
 
 void TestConnection::refusesSpecialPortFiles()
@@ -168,10 +164,8 @@ void TestConnection::refusesSpecialPortFiles()
         QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     else if (kind == QLatin1String("zero"))
         QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path));
-    else if (kind == QLatin1String("directory"))
-        QVERIFY(QDir().mkpath(path));
     else
-        QVERIFY(QFile::link(path + QStringLiteral(".gone"), path));
+        QVERIFY(QDir().mkpath(path));
 
     NubixMessageHandler handler;
     MessageLog log;
@@ -289,17 +283,6 @@ void TestConnection::closedConnectionIsNotRetried()
     // The next caller's attempt reconnects.
     handler.tryConnect();
     QTRY_VERIFY(peer.server.hasPendingConnections());
-}
-
-void TestConnection::launchesClientWithoutConnecting()
-{
-    NubixMessageHandler handler;
-    MessageLog log;
-    NubixMessageHandler::launchApp();
-    QCOMPARE(log.lines(QtInfoMsg),
-        QStringList {
-            QStringLiteral("NubixMessageHandler: Launching app: \"%1\"").arg(hfmplugin_nubix::nubixExecPath())});
-    QVERIFY(!handler.isConnected());
 }
 
 QTEST_GUILESS_MAIN(TestConnection)

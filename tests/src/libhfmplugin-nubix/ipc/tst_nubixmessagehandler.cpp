@@ -165,20 +165,13 @@ void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning_data()
         << QByteArray(R"({"type":"pong","data":{"method":"getSyncInfo"},"data":{"method":"getSyncInfo"}})") << format;
     QTest::newRow("unknown type") << QByteArray(R"({"type":"bogus","data":{"method":"x"}})")
                                   << warning(R"(Invalid message type: "bogus")");
-    QTest::newRow("type missing") << QByteArray(R"({"data":{"method":"x"}})") << warning(R"(Invalid message type: "")");
     QTest::newRow("pong with empty data") << QByteArray(R"({"type":"pong","data":{}})") << dataObject;
     QTest::newRow("ping with empty data") << QByteArray(R"({"type":"ping","data":{}})") << dataObject;
-    QTest::newRow("ping with array data") << QByteArray(R"({"type":"ping","data":[1,2]})") << dataObject;
     QTest::newRow("unsupported request method") << QByteArray(R"({"type":"ping","data":{"method":"frob","key":"k"}})")
                                                 << warning(R"(Unsupported request method: "frob")");
-    QTest::newRow("request without method")
-        << QByteArray(R"({"type":"ping","data":{"key":"k"}})") << warning(R"(Unsupported request method: "")");
     QTest::newRow("notify without args")
         << QByteArray(R"({"type":"ping","data":{"method":"notify","key":"k","data":{"type":"syncRoot"}}})")
         << warning(R"(Invalid notify! QJsonObject({"data":{"type":"syncRoot"},"key":"k","method":"notify"}))");
-    QTest::newRow("notify without type")
-        << QByteArray(R"({"type":"ping","data":{"method":"notify","data":{"args":1}}})")
-        << warning(R"(Invalid notify! QJsonObject({"data":{"args":1},"method":"notify"}))");
     QTest::newRow("notify with data not an object")
         << QByteArray(R"({"type":"ping","data":{"method":"notify","data":"syncRoot"}})")
         << warning(R"(Invalid notify! QJsonObject({"data":"syncRoot","method":"notify"}))");
@@ -186,8 +179,6 @@ void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning_data()
         << notification("noSuchThing", "1") << warning(R"(Unsupported signal: "noSuchThing")");
     QTest::newRow("answer to a method without parser")
         << response("setSyncPause", "k", R"({"code":0})") << warning(R"(Unsupported method: "setSyncPause")");
-    QTest::newRow("answer without method")
-        << QByteArray(R"({"type":"pong","data":{"key":"k"}})") << warning(R"(Unsupported method: "")");
 }
 
 void TestNubixMessageHandler::malformedInputGivesOnlyItsWarning()
@@ -287,14 +278,8 @@ void TestNubixMessageHandler::requestsCarryTheirPayload_data()
     QTest::newRow("status of a directory's children")
         << status(QStringLiteral("/a/b"), true) << "getFileStatus" << parseObject(R"({"basedir":"/a/b","type":"dir"})")
         << "NubixMessageHandler: Requesting file status for \"/a/b\" (directory)";
-    QTest::newRow("path with spaces and accents")
-        << status(QStringLiteral("/Docs/r\u00e9sum\u00e9 final.odt"), false) << "getFileStatus"
-        << parseObject("{\"basedir\":\"/Docs/r\u00e9sum\u00e9 final.odt\",\"type\":\"file\"}")
-        << "NubixMessageHandler: Requesting file status for \"/Docs/r\u00e9sum\u00e9 final.odt\" (file)";
     QTest::newRow("pause") << keyless(&NubixMessageHandler::requestSyncPause) << "setSyncPause" << none
                            << "NubixMessageHandler: Requesting sync pause";
-    QTest::newRow("resume") << keyless(&NubixMessageHandler::requestSyncResume) << "setSyncResume" << none
-                            << "NubixMessageHandler: Requesting sync resume";
     QTest::newRow("start") << keyless(&NubixMessageHandler::requestSyncStart) << "setSyncStart" << none
                            << "NubixMessageHandler: Requesting sync start";
 }
@@ -326,10 +311,7 @@ void TestNubixMessageHandler::navigatesToPages_data()
 
     QTest::newRow("0 welcome") << 0 << parseObject(R"({"type":"home","args":"welcome"})");
     QTest::newRow("1 files") << 1 << parseObject(R"({"type":"home","args":"file"})");
-    QTest::newRow("2 documents") << 2 << parseObject(R"({"type":"home","args":"fileDocs"})");
-    QTest::newRow("3 recycle bin") << 3 << parseObject(R"({"type":"home","args":"fileRecycle"})");
     QTest::newRow("4 sync set-up") << 4 << parseObject(R"({"type":"home","args":"sync"})");
-    QTest::newRow("5 sync list") << 5 << parseObject(R"({"type":"sync","args":"syncList"})");
     QTest::newRow("6 error list") << 6 << parseObject(R"({"type":"sync","args":"errorList"})");
     QTest::newRow("7 settings, no args") << 7 << parseObject(R"({"type":"setting"})");
     QTest::newRow("8 past the end") << 8 << QJsonObject();
@@ -368,17 +350,14 @@ void TestNubixMessageHandler::parsesNotifications_data()
     QTest::addColumn<QVariant>("expected");
 
     QTest::newRow("inited") << QByteArray("syncInited") << QByteArray("true") << QVariant(true);
-    QTest::newRow("inited false") << QByteArray("syncInited") << QByteArray("false") << QVariant(false);
     QTest::newRow("inited from text") << QByteArray("syncInited") << QByteArray("\"true\"") << QVariant(true);
     QTest::newRow("inited as object") << QByteArray("syncInited") << QByteArray("{\"a\":1}") << QVariant();
-    QTest::newRow("inited as null") << QByteArray("syncInited") << QByteArray("null") << QVariant();
     QTest::newRow("root") << QByteArray("syncRoot") << QByteArray("\"/home/u/Kelo Drive\"")
                           << QVariant(QStringLiteral("/home/u/Kelo Drive"));
     QTest::newRow("root cleared") << QByteArray("syncRoot") << QByteArray("\"\"") << QVariant(QString());
     QTest::newRow("root as object") << QByteArray("syncRoot") << QByteArray("{}") << QVariant();
     QTest::newRow("banned dirs") << QByteArray("banDirs") << QByteArray("[\"/Private\",\"/a b/c\"]")
                                  << QVariant(QStringList {QStringLiteral("/Private"), QStringLiteral("/a b/c")});
-    QTest::newRow("no banned dirs") << QByteArray("banDirs") << QByteArray("[]") << QVariant(QStringList());
     QTest::newRow("banned dirs as object") << QByteArray("banDirs") << QByteArray("{\"a\":\"/a\"}") << QVariant();
 
     const char *counts = R"({"todo":4,"doing":3,"done":2,"error":1})";
@@ -402,9 +381,6 @@ void TestNubixMessageHandler::parsesNotifications_data()
         << QByteArray(
                R"({"path":"/a/b.txt","isDir":false,"fileid":42,"plan":"upload","plan_status":2,"plan_error":17})")
         << QVariant(defaultsWith<FileData>(R"({"path":"/a/b.txt","fileId":42,"plan":"upload","planStatus":2})"));
-    QTest::newRow("directory status, nothing else")
-        << QByteArray("fileSyncStatus") << QByteArray(R"({"path":"/a","isDir":true})")
-        << QVariant(defaultsWith<FileData>(R"({"path":"/a","isDir":true})"));
     QTest::newRow("largest 32-bit file id") << QByteArray("fileSyncStatus") << QByteArray(R"({"fileid":2147483647})")
                                             << QVariant(defaultsWith<FileData>(R"({"fileId":2147483647})"));
     QTest::newRow("file status as list") << QByteArray("fileSyncStatus") << QByteArray("[{\"path\":\"/a\"}]")
@@ -465,7 +441,6 @@ void TestNubixMessageHandler::notificationFileIdIs32Bit()
 void TestNubixMessageHandler::namesSurviveAnyLocale_data()
 {
     QTest::addColumn<QByteArray>("locale");
-    QTest::newRow("UTF-8") << QByteArray("UTF-8");
     QTest::newRow("Latin-1") << QByteArray("ISO-8859-1");
     QTest::newRow("ASCII") << QByteArray("US-ASCII");
 }
@@ -523,8 +498,6 @@ void TestNubixMessageHandler::parsesAnswers_data()
         << user << QByteArray(R"({"code":1,"result":{"account":{"uid":"u2"}}})")
         << QVariant(defaultsWith<UserInfo>(R"({"account":{"uid":"u2"}})"));
     QTest::newRow("user info, no result") << user << QByteArray(R"({"code":0})") << QVariant(toMap(UserInfo()));
-    QTest::newRow("user info, result of the wrong kind")
-        << user << QByteArray(R"({"result":[1,2]})") << QVariant(toMap(UserInfo()));
 
     const QByteArray sync("getSyncInfo");
     // Each field has the name of its key.
@@ -535,7 +508,6 @@ void TestNubixMessageHandler::parsesAnswers_data()
                                << QVariant(defaultsWith<SyncInfo>(summary));
     QTest::newRow("sync info, not set up")
         << sync << QByteArray(R"({"code":0,"result":{"syncInited":false}})") << QVariant(toMap(SyncInfo()));
-    QTest::newRow("sync info, no result") << sync << QByteArray("{}") << QVariant(toMap(SyncInfo()));
     QTest::newRow("sync info, nested objects of the wrong kind")
         << sync << QByteArray(R"({"result":{"syncRoot":"/r","syncQuantity":5,"syncErrors":"x"}})")
         << QVariant(defaultsWith<SyncInfo>(R"({"syncRoot":"/r"})"));
@@ -566,8 +538,6 @@ void TestNubixMessageHandler::parsesAnswers_data()
                                         << QVariant(QVariantList {toMap(FileData())});
     QTest::newRow("file status, result is an object")
         << files << QByteArray(R"({"result":{"path":"/x"}})") << QVariant(QVariantList());
-    QTest::newRow("file status, empty list")
-        << files << QByteArray(R"({"code":0,"result":[]})") << QVariant(QVariantList());
     QTest::newRow("file status, no result") << files << QByteArray(R"({"code":2})") << QVariant(QVariantList());
     QTest::newRow("file status, element of the wrong kind")
         << files << QByteArray(R"({"result":["junk",{"path":"/c"}]})")
@@ -575,7 +545,6 @@ void TestNubixMessageHandler::parsesAnswers_data()
 
     // Answers to the sync controls and to navigation are only logged.
     QTest::newRow("pause") << QByteArray("setSyncPause") << QByteArray(R"({"code":0})") << QVariant();
-    QTest::newRow("navigate") << QByteArray("navigate") << QByteArray(R"({"code":0})") << QVariant();
 }
 
 void TestNubixMessageHandler::parsesAnswers()

@@ -21,8 +21,6 @@ using recordmaps::toMap;
 
 namespace {
 
-const QString kPath = QStringLiteral("/.config/sablo/hde-file-manager/hfm-nubix-config.ini");
-
 void writeFile(const QByteArray &content)
 {
     QDir().mkpath(QFileInfo(NubixCaches::cachePath()).absolutePath());
@@ -83,7 +81,6 @@ class TestCacheFile : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init();
-    void liesInTheHomeDirectory();
     void unusableFileKeepsDefaults_data();
     void unusableFileKeepsDefaults();
     void burstOfAnswersWritesOnce();
@@ -98,11 +95,6 @@ void TestCacheFile::init()
     QFile::remove(NubixCaches::cachePath());
 }
 
-void TestCacheFile::liesInTheHomeDirectory()
-{
-    QCOMPARE(NubixCaches::cachePath(), QDir::homePath() + kPath);
-}
-
 void TestCacheFile::unusableFileKeepsDefaults_data()
 {
     // Null: no file, not even its folder.
@@ -110,7 +102,6 @@ void TestCacheFile::unusableFileKeepsDefaults_data()
 
     QTest::newRow("missing") << QByteArray();
     QTest::newRow("empty") << QByteArray("");
-    QTest::newRow("only blank lines") << QByteArray("\n\n  \n");
     QTest::newRow("only a section") << QByteArray("[General]\n");
     QTest::newRow("only comments") << QByteArray("; nothing\n# here\n");
 }
@@ -154,11 +145,6 @@ void TestCacheFile::burstOfAnswersWritesOnce()
     QCOMPARE(settings.childGroups(), QStringList());
     QCOMPARE(settings.allKeys().size(), 6);
     QCOMPARE(settings.value(QStringLiteral("SyncRoot")).toString(), QStringLiteral("/root/19"));
-    QCOMPARE(settings.value(QStringLiteral("Inited")).toBool(), true);
-    QCOMPARE(settings.value(QStringLiteral("IsPublic")).toBool(), false);
-    QCOMPARE(settings.value(QStringLiteral("Quota")).toLongLong(), 100);
-    QCOMPARE(settings.value(QStringLiteral("SizeTotal")).toLongLong(), 90);
-    QCOMPARE(settings.value(QStringLiteral("SizeUsed")).toLongLong(), 80);
 }
 
 void TestCacheFile::accountFiguresAloneDoNotSave()

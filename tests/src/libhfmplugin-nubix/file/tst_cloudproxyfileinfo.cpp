@@ -122,8 +122,6 @@ private Q_SLOTS:
         QTest::newRow("redirect a file") << QStringLiteral("dir/doc.txt") << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("redirect the cloud root") << QString() << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("rename") << QStringLiteral("dir/doc.txt") << CanType::kCanRename << true;
-        QTest::newRow("delete") << QStringLiteral("dir/doc.txt") << CanType::kCanDelete << true;
-        QTest::newRow("drop on a folder") << QStringLiteral("dir") << CanType::kCanDrop << true;
         QTest::newRow("drag a missing file") << QStringLiteral("missing.txt") << CanType::kCanDrag << true;
     }
     void canAttributes()
@@ -152,8 +150,6 @@ private Q_SLOTS:
 
         QTest::newRow("odd minute") << 13 << ViewType::kEmptyDir << kWelcomeTip;
         QTest::newRow("even minute") << 14 << ViewType::kEmptyDir << kDropTip;
-        QTest::newRow("last minute of the hour") << 59 << ViewType::kEmptyDir << kWelcomeTip;
-        QTest::newRow("first minute of the hour") << 0 << ViewType::kEmptyDir << kDropTip;
         // Any other tip is the local folder's, whatever the time.
         QTest::newRow("loading, odd minute") << 13 << ViewType::kLoading << QString();
     }
@@ -185,7 +181,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QUrl>("url");
 
-        QTest::newRow("network") << QUrl(QStringLiteral("smb://host/share/x"));
         QTest::newRow("local") << QUrl::fromLocalFile(QStringLiteral("/tmp"));
         QTest::newRow("empty") << QUrl();
     }

@@ -10,8 +10,6 @@
 
 #include <QApplication>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QPluginLoader>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -19,27 +17,6 @@
 
 namespace {
 const QString kName = QStringLiteral("hfmplugin-nubix");
-
-QJsonObject expectedCustom()
-{
-    const QJsonObject sidebarInfo {
-        {QStringLiteral("Group"), QStringLiteral("Group_Common")},
-        {QStringLiteral("Icon"), QStringLiteral("drive-harddisk-symbolic")},
-        {QStringLiteral("Name"), QStringLiteral("Nubix")},
-        {QStringLiteral("ReportName"), QStringLiteral("Nubix")},
-        {QStringLiteral("VisiableControl"), QStringLiteral("nubix")},
-    };
-    const QJsonObject quickAccess {
-        {QStringLiteral("Url"), QStringLiteral("nubix-login:///")},
-        {QStringLiteral("DefaultIndex"), 7},
-        {QStringLiteral("MarkName"), QStringLiteral("Nubix")},
-        {QStringLiteral("SidebarInfo"), sidebarInfo},
-    };
-    return QJsonObject {
-        {QStringLiteral("PluginSchemes"), QJsonArray {QStringLiteral("nubix"), QStringLiteral("nubix-login")}},
-        {QStringLiteral("QuickAccessDisplay"), QJsonArray {quickAccess}},
-    };
-}
 }   // namespace
 
 class TestPluginMetadata : public QObject
@@ -47,7 +24,6 @@ class TestPluginMetadata : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void declaresEntryPoints();
     void lifeCycleReadsMetadata();
     void hostLoadsAndStartsIt();
 
@@ -66,13 +42,6 @@ void TestPluginMetadata::initTestCase()
     qputenv("PATH", host.path());
 }
 
-void TestPluginMetadata::declaresEntryPoints()
-{
-    const QJsonObject whole = QPluginLoader(pluginFile).metaData();
-    QCOMPARE(whole.value(QStringLiteral("IID")).toString(), QStringLiteral("org.sablo.plugin.filemanager"));
-    QCOMPARE(whole.value(QStringLiteral("className")).toString(), QStringLiteral("NubixPlugin"));
-}
-
 void TestPluginMetadata::lifeCycleReadsMetadata()
 {
     hpf::LifeCycle::setPluginPaths({pluginDir.path()});
@@ -81,15 +50,6 @@ void TestPluginMetadata::lifeCycleReadsMetadata()
     QVERIFY(meta);
     QCOMPARE(meta->iid(), QStringLiteral("org.sablo.plugin.filemanager"));
     QCOMPARE(meta->name(), kName);
-    QCOMPARE(meta->version(), QStringLiteral("1.0.0"));
-    QCOMPARE(meta->compatVersion(), QStringLiteral("1.0.0"));
-    QCOMPARE(meta->category(), QString());
-    QCOMPARE(meta->description(), QStringLiteral("The nubix plugin for the hde-file-manager."));
-    QVERIFY(meta->depends().isEmpty());
-    QVERIFY(meta->license().isEmpty());
-    QVERIFY(meta->metaData().value(QStringLiteral("Depends")).isArray());
-    QVERIFY(meta->metaData().value(QStringLiteral("License")).isArray());
-    QCOMPARE(meta->customData(), expectedCustom());
     QVERIFY(!meta->plugin());
     QVERIFY(!hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix")));
 }

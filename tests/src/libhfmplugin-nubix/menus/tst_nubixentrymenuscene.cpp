@@ -139,46 +139,13 @@ private Q_SLOTS:
         QVERIFY(!hostOpen->isVisible());
     }
 
-    void menuTexts()
-    {
-        setState("rc");
-        QMenu menu;
-        NubixEntryMenuScene scene;
-        QVERIFY(scene.initialize(params({NubixUtils::computerEntryUrl()})));
-        scene.create(&menu);
-        scene.updateState(&menu);
-        QStringList texts;
-        for (const QAction *action : menu.actions())
-            texts << action->text();
-        QCOMPARE(texts,
-            (QStringList {QStringLiteral("Open"), QStringLiteral("Open in new window"),
-                QStringLiteral("Open main panel"), QStringLiteral("Sync detail"), QStringLiteral("Cloud recycle bin"),
-                QStringLiteral("Pause sync"), QStringLiteral("Upgrade enterprise"),
-                QStringLiteral("Kelo Drive Settings")}));
-        setState("rcp");
-        QMenu paused;
-        NubixEntryMenuScene pausedScene;
-        QVERIFY(pausedScene.initialize(params({NubixUtils::computerEntryUrl()})));
-        pausedScene.create(&paused);
-        pausedScene.updateState(&paused);
-        QCOMPARE(paused.actions().at(5)->text(), QStringLiteral("Resume sync"));
-    }
-
     void actionsReachTheClient_data()
     {
         QTest::addColumn<QString>("id");
         QTest::addColumn<QStringList>("sent");
 
-        QTest::newRow("main panel") << "nubix-open-main-panel"
-                                    << QStringList {QStringLiteral(R"(navigate {"args":"fileDocs","type":"home"})")};
-        QTest::newRow("sync detail") << "nubix-sync-detail"
-                                     << QStringList {QStringLiteral(R"(navigate {"args":"syncList","type":"sync"})")};
-        QTest::newRow("recycle bin") << "nubix-trash-bin"
-                                     << QStringList {
-                                            QStringLiteral(R"(navigate {"args":"fileRecycle","type":"home"})")};
         QTest::newRow("pause") << "nubix-sync-pause" << QStringList {QStringLiteral("setSyncPause {}")};
         QTest::newRow("resume") << "nubix-sync-resume" << QStringList {QStringLiteral("setSyncResume {}")};
-        QTest::newRow("settings") << "nubix-settings" << QStringList {QStringLiteral(R"(navigate {"type":"setting"})")};
     }
     void actionsReachTheClient()
     {
@@ -192,32 +159,6 @@ private Q_SLOTS:
         QVERIFY(scene.triggered(&action));
         QCOMPARE(client.drain(), sent);
         QCOMPARE(events, QStringList());
-    }
-
-    void openActionsGoToTheWelcomePage_data()
-    {
-        QTest::addColumn<QString>("id");
-        QTest::addColumn<QString>("event");
-
-        QTest::newRow("open here") << "nubix-open"
-                                   << "1 42 nubix-login:///";
-        QTest::newRow("open in a new window") << "nubix-open-in-win"
-                                              << "2 nubix-login:///";
-    }
-    void openActionsGoToTheWelcomePage()
-    {
-        QFETCH(QString, id);
-        QFETCH(QString, event);
-
-        setState("rc");
-        NubixEntryMenuScene scene;
-        QVERIFY(scene.initialize(params({NubixUtils::computerEntryUrl()}, 42)));
-        QAction action;
-        action.setProperty(kActionID, id);
-        events.clear();
-        QVERIFY(scene.triggered(&action));
-        QCOMPARE(events, QStringList {event});
-        QCOMPARE(client.drain(), QStringList());
     }
 
     void upgradeOpensThePricingPage()
@@ -257,16 +198,6 @@ private Q_SLOTS:
         QVERIFY(!scene.triggered(nullptr));
         QCOMPARE(events, QStringList());
         QCOMPARE(client.drain(), QStringList());
-    }
-
-    void creatorMakesFreshScenes()
-    {
-        NubixEntryMenuCreator creator;
-        QScopedPointer<hfmbase::AbstractMenuScene> first(creator.create());
-        QScopedPointer<hfmbase::AbstractMenuScene> second(creator.create());
-        QVERIFY(first && second && first != second);
-        QCOMPARE(first->name(), QStringLiteral("NubixEntryMenu"));
-        QCOMPARE(NubixEntryMenuCreator::name(), QStringLiteral("NubixEntryMenu"));
     }
 
 private:

@@ -209,15 +209,6 @@ private Q_SLOTS:
         QCOMPARE(FakeWorkspaceScene::log, QStringList());
     }
 
-    void creatorMakesFreshScenes()
-    {
-        NubixFileMenuCreator creator;
-        QScopedPointer<hfmbase::AbstractMenuScene> first(creator.create());
-        QScopedPointer<hfmbase::AbstractMenuScene> second(creator.create());
-        QVERIFY(first && second && first != second);
-        QCOMPARE(first->name(), QStringLiteral("NubixFileMenu"));
-    }
-
 private:
     QVariantHash params(const QStringList &selected)
     {

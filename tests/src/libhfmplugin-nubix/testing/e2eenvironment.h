@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcessEnvironment>
 
@@ -21,4 +22,12 @@ inline QProcessEnvironment e2eEnvironment(const QString &home, const QString &lo
     env.insert(QStringLiteral("QT_LOGGING_RULES"), logRules);
     env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
     return env;
+}
+
+// Writes a file of the test's tree, making its folders.
+inline bool writeFile(const QString &path, const QByteArray &data)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
 }

@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/nubixloginwidget.h"
 
-#include "messagelog.h"
-#include "wire.h"
-
-#include <htk/label.h>
 #include <htk/themehelper.h>
 
 #include <QApplication>
 #include <QLabel>
-#include <QPushButton>
 #include <QTest>
 
 using namespace hfmplugin_nubix;
@@ -31,52 +26,9 @@ private Q_SLOTS:
         QCOMPARE(page.findChildren<QWidget *>().size(), children);
     }
 
-    void textsAndSizes()
-    {
-        NubixLoginWidget page(QUrl(QStringLiteral("nubix-login:///")));
-        auto *icon = page.findChild<QLabel *>(QStringLiteral("productIcon"));
-        auto *name = page.findChild<QLabel *>(QStringLiteral("productName"));
-        auto *button = page.findChild<QPushButton *>(QStringLiteral("openButton"));
-        QVERIFY(icon && name && button);
-        QCOMPARE(icon->size(), QSize(96, 96));
-        QCOMPARE(name->text(), QStringLiteral("Kelo Drive"));
-        QCOMPARE(name->font().weight(), 75);
-        QCOMPARE(name->font().pixelSize(), QFontInfo(QApplication::font()).pixelSize() + 6);
-        QCOMPARE(button->text(), QStringLiteral("Open Kelo Drive"));
-        QCOMPARE(button->minimumWidth(), 200);
-
-        QStringList titles;
-        QStringList descriptions;
-        for (QWidget *tile : page.findChildren<QWidget *>(QStringLiteral("functionWidget"))) {
-            QCOMPARE(tile->findChild<QLabel *>(QStringLiteral("functionIcon"))->size(), QSize(60, 60));
-            auto *title = tile->findChild<QLabel *>(QStringLiteral("functionTitle"));
-            auto *description = tile->findChild<htk::TipLabel *>(QStringLiteral("functionDescription"));
-            QVERIFY(title && description);
-            QVERIFY(title->wordWrap() && description->wordWrap());
-            QCOMPARE(title->font().pixelSize(), QFontInfo(QApplication::font()).pixelSize() - 2);
-            QCOMPARE(description->font().pixelSize(), QFontInfo(QApplication::font()).pixelSize() - 2);
-            titles << title->text();
-            descriptions << description->text();
-        }
-        QCOMPARE(titles,
-            (QStringList {QStringLiteral("Automatic Synchronization"), QStringLiteral("Cross-platform Collaboration"),
-                QStringLiteral("Secure Backup")}));
-        QCOMPARE(descriptions,
-            (QStringList {
-                QStringLiteral("Automatic detection of cloud updates\nBi-directional local cloud synchronization"),
-                QStringLiteral("Kelo ID Unified Login\nMulti-Device Collaboration"),
-                QStringLiteral(
-                    "Easy to retrieve accidentally deleted documents\nAlways protect the security of documents")}));
-        const QList<QLabel *> splitters = page.findChildren<QLabel *>(QStringLiteral("splitter"));
-        QCOMPARE(splitters.size(), 2);
-        for (QLabel *splitter : splitters)
-            QCOMPARE(splitter->size(), QSize(1, 30));
-    }
-
     void blockStaysCentred_data()
     {
         QTest::addColumn<QSize>("size");
-        QTest::newRow("small") << QSize(900, 600);
         QTest::newRow("wide") << QSize(1800, 700);
         QTest::newRow("tall") << QSize(1000, 1400);
     }
@@ -101,32 +53,6 @@ private Q_SLOTS:
         QVERIFY(iconTop > 0);
         QVERIFY(buttonBottom < page.height());
         QVERIFY(tiles.first()->y() > iconTop && tiles.first()->y() < buttonBottom);
-    }
-
-    void buttonStartsTheClientAndConnects()
-    {
-        LocalPeer peer;
-        QVERIFY(writePortFile(QByteArray::number(peer.port())));
-        NubixLoginWidget page(QUrl(QStringLiteral("nubix-login:///")));
-        {
-            MessageLog log;
-            page.findChild<QPushButton *>(QStringLiteral("openButton"))->click();
-            QVERIFY(peer.waitForClient());
-            const QStringList info = log.lines(QtInfoMsg);
-            QVERIFY(!info.isEmpty());
-            QCOMPARE(info.first(),
-                QStringLiteral("NubixMessageHandler: Launching app: \"/opt/apps/com.kelo.drive/files/kelodrive\""));
-            QVERIFY(info.contains(QStringLiteral("NubixMessageHandler: Attempting to connect...")));
-            QTRY_VERIFY(NubixMessageHandler::instance()->isConnected());
-        }
-
-        // Pressed again: the client is started again all the same; the page does not check.
-        MessageLog log;
-        page.openNubix();
-        QCOMPARE(log.lines(QtInfoMsg),
-            (QStringList {
-                QStringLiteral("NubixMessageHandler: Launching app: \"/opt/apps/com.kelo.drive/files/kelodrive\""),
-                QStringLiteral("NubixMessageHandler: Already connected.")}));
     }
 
     void tilesFollowTheTheme()

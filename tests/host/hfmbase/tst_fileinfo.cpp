@@ -19,7 +19,7 @@ Q_DECLARE_METATYPE(Query)
 
 namespace {
 
-// An info whose every answer is distinctive, to see what a proxy forwards.
+// An info whose answers are distinctive, to see what a proxy forwards.
 class MarkedInfo : public FileInfo
 {
 public:
@@ -27,24 +27,10 @@ public:
     QUrl urlOf(FileUrlInfoType type) const override { return QUrl(QStringLiteral("marked:///kind/%1").arg(int(type))); }
     bool exists() const override { return true; }
     QString fileName() const override { return QStringLiteral("marked.name"); }
-    QString baseName() const override { return QStringLiteral("base"); }
-    QString suffix() const override { return QStringLiteral("sfx"); }
-    QString displayName() const override { return QStringLiteral("Display"); }
-    QString absoluteFilePath() const override { return QStringLiteral("/abs/file"); }
-    QString absolutePath() const override { return QStringLiteral("/abs"); }
     qint64 size() const override { return 4242; }
     QDateTime lastModified() const override { return QDateTime::fromSecsSinceEpoch(1000); }
-    QDateTime lastRead() const override { return QDateTime::fromSecsSinceEpoch(2000); }
-    QDateTime birthTime() const override { return QDateTime::fromSecsSinceEpoch(3000); }
-    bool isFile() const override { return true; }
     bool isDir() const override { return true; }
-    bool isSymLink() const override { return true; }
-    bool isHidden() const override { return true; }
-    bool isReadable() const override { return true; }
-    bool isWritable() const override { return true; }
-    bool isExecutable() const override { return true; }
     QFileDevice::Permissions permissions() const override { return QFileDevice::ReadOwner | QFileDevice::ExeOther; }
-    QString owner() const override { return QStringLiteral("someone"); }
     QString mimeTypeName() const override { return QStringLiteral("x-test/marked"); }
     int countChildFile() const override { return 17; }
     bool canAttributes(FileCanType type) const override { return type == FileCanType::kCanRedirectionFileUrl; }
@@ -228,25 +214,11 @@ private Q_SLOTS:
         row("urlOf parent", QUERY(urlOf(FileInfo::FileUrlInfoType::kParentUrl)), QUrl());
         row("exists", QUERY(exists()), false);
         row("fileName", QUERY(fileName()), QString());
-        row("baseName", QUERY(baseName()), QString());
-        row("suffix", QUERY(suffix()), QString());
-        row("displayName", QUERY(displayName()), QString());
-        row("absoluteFilePath", QUERY(absoluteFilePath()), QString());
-        row("absolutePath", QUERY(absolutePath()), QString());
         row("size", QUERY(size()), qint64(0));
         row("lastModified", QUERY(lastModified()), QDateTime());
-        row("lastRead", QUERY(lastRead()), QDateTime());
-        row("birthTime", QUERY(birthTime()), QDateTime());
-        row("isFile", QUERY(isFile()), false);
         row("isDir", QUERY(isDir()), false);
-        row("isSymLink", QUERY(isSymLink()), false);
-        row("isHidden", QUERY(isHidden()), false);
-        row("isReadable", QUERY(isReadable()), false);
-        row("isWritable", QUERY(isWritable()), false);
-        row("isExecutable", QUERY(isExecutable()), false);
         row(
             "permissions", [](const FileInfo &i) { return QVariant(int(i.permissions())); }, 0);
-        row("owner", QUERY(owner()), QString());
         row("mimeTypeName", QUERY(mimeTypeName()), QString());
         row("countChildFile", QUERY(countChildFile()), -1);
         row("canAttributes redirection", QUERY(canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl)), false);

@@ -87,7 +87,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("owner");
         QTest::newRow("own action") << "root";
         QTest::newRow("first sub-scene") << "a";
-        QTest::newRow("second sub-scene") << "b";
         QTest::newRow("nested sub-scene") << "b1";
     }
     void triggeredReachesTheOwner()

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <hfmbase/abstractbaseview.h>
 #include <hfmbase/abstractentryfileentity.h>
-#include <hfmbase/abstractjobhandler.h>
-#include <hfmbase/hostcallbacks.h>
-#include <hfmbase/metatypes.h>
 
 #include <QLabel>
 #include <QtTest>
@@ -55,8 +52,6 @@ private Q_SLOTS:
         QTest::newRow("last dot wins") << QUrl(QStringLiteral("entry:///a.b.block")) << "block";
         QTest::newRow("no dot") << QUrl(QStringLiteral("entry:///plain")) << "";
         QTest::newRow("dot in a folder only") << QUrl(QStringLiteral("entry:///dir.x/plain")) << "";
-        QTest::newRow("nested path") << QUrl(QStringLiteral("entry:///dir/disk.blockdev")) << "blockdev";
-        QTest::newRow("ends with a dot") << QUrl(QStringLiteral("entry:///name.")) << "";
         QTest::newRow("encoded characters")
             << QUrl(QStringLiteral("entry:///my%20disk.u%C3%A9")) << QString::fromUtf8("u\xC3\xA9");
         QTest::newRow("empty url") << QUrl() << "";
@@ -111,58 +106,6 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^ViewFactory::create: ")));
         QVERIFY(!hfmbase::ViewFactory::create(QUrl(QStringLiteral("nowhere:///")), &parent, &error));
         QVERIFY(!error.isEmpty());
-    }
-
-    void jobHandlerRecordsTheResult()
-    {
-        hfmbase::AbstractJobHandler handler;
-        QSignalSpy finished(&handler, &hfmbase::AbstractJobHandler::finished);
-        QVERIFY(!handler.isFinished());
-        const QList<QUrl> sources {QUrl(QStringLiteral("file:///a"))};
-        const QList<QUrl> targets {QUrl(QStringLiteral("file:///b"))};
-        handler.finish(sources, targets, false, QStringLiteral("disk full"));
-        QVERIFY(handler.isFinished());
-        QVERIFY(!handler.isSuccess());
-        QCOMPARE(handler.sourceUrls(), sources);
-        QCOMPARE(handler.targetUrls(), targets);
-        QCOMPARE(handler.errorString(), QStringLiteral("disk full"));
-        QCOMPARE(finished.size(), 1);
-        QCOMPARE(finished.at(0).at(0).toBool(), false);
-    }
-
-    void callbacksAreKnownByTheirNames_data()
-    {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<int>("type");
-        QTest::newRow("TopWidCreator") << QByteArray("TopWidCreator") << qMetaTypeId<hfmbase::TopWidCreator>();
-        QTest::newRow("TopWidShowFunc") << QByteArray("TopWidShowFunc") << qMetaTypeId<hfmbase::TopWidShowFunc>();
-        QTest::newRow("SidebarMenuCreator")
-            << QByteArray("SidebarMenuCreator") << qMetaTypeId<hfmbase::SidebarMenuCreator>();
-        QTest::newRow("FindMeCallback") << QByteArray("FindMeCallback") << qMetaTypeId<hfmbase::FindMeCallback>();
-        QTest::newRow("job handle") << QByteArray("hfmbase::JobHandlePointer")
-                                    << qMetaTypeId<hfmbase::JobHandlePointer>();
-        QTest::newRow("operator callback")
-            << QByteArray("hfmbase::OperatorCallback") << qMetaTypeId<hfmbase::OperatorCallback>();
-        QTest::newRow("job flags") << QByteArray("hfmbase::AbstractJobHandler::JobFlags")
-                                   << qMetaTypeId<hfmbase::AbstractJobHandler::JobFlags>();
-    }
-    void callbacksAreKnownByTheirNames()
-    {
-        QFETCH(QByteArray, name);
-        QFETCH(int, type);
-        hfmbase::registerMetaTypes();
-        hfmbase::registerMetaTypes();   // idempotent
-        QCOMPARE(QMetaType::type(name.constData()), type);
-    }
-
-    void callbackTravelsInAVariant()
-    {
-        hfmbase::registerMetaTypes();
-        hfmbase::FindMeCallback findMe = [](const QUrl &item, const QUrl &target) { return item == target; };
-        const QVariant carried = QVariant::fromValue(findMe);
-        QVERIFY(carried.canConvert<hfmbase::FindMeCallback>());
-        const QUrl url(QStringLiteral("file:///x"));
-        QVERIFY(carried.value<hfmbase::FindMeCallback>()(url, url));
     }
 };
 

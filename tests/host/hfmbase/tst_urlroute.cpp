@@ -60,12 +60,9 @@ private Q_SLOTS:
         QTest::addColumn<QUrl>("parent");
         QTest::newRow("file below root") << QUrl(QStringLiteral("file:///home/a"))
                                          << QUrl(QStringLiteral("file:///home"));
-        QTest::newRow("file in root") << QUrl(QStringLiteral("file:///home")) << QUrl(QStringLiteral("file:///"));
         QTest::newRow("trailing slash") << QUrl(QStringLiteral("file:///home/a/"))
                                         << QUrl(QStringLiteral("file:///home"));
         QTest::newRow("virtual scheme") << QUrl(QStringLiteral("cloud:///a/b c")) << QUrl(QStringLiteral("cloud:///a"));
-        QTest::newRow("virtual child of root")
-            << QUrl(QStringLiteral("cloud:///a")) << QUrl(QStringLiteral("cloud:///"));
         QTest::newRow("virtual root") << QUrl(QStringLiteral("cloud:///")) << QUrl();
         QTest::newRow("deep root") << QUrl(QStringLiteral("deep:///base/dir")) << QUrl();
         QTest::newRow("below deep root") << QUrl(QStringLiteral("deep:///base/dir/x"))

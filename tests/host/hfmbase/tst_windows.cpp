@@ -12,12 +12,6 @@ class TestWindows : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void classNameIsExact()
-    {
-        FileManagerWindow window(QUrl(QStringLiteral("file:///")));
-        QCOMPARE(window.metaObject()->className(), "hfmbase::FileManagerWindow");
-    }
-
     void idsGrowAndWindowOpenedOnce()
     {
         auto &manager = FileManagerWindowsManager::instance();

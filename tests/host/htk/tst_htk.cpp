@@ -72,7 +72,6 @@ private Q_SLOTS:
                                                  << "htk-test-warning" << QStringList {QStringLiteral("OK")};
         QTest::newRow("question with two buttons")
             << "Delete?" << QString() << QString() << QStringList {QStringLiteral("Cancel"), QStringLiteral("Delete")};
-        QTest::newRow("no buttons at all") << QString() << "Just a note" << QString() << QStringList();
     }
     void automationRecordsAndAnswersFirst()
     {
@@ -135,7 +134,6 @@ private Q_SLOTS:
         QTest::newRow("third button") << "click 2" << 2;
         QTest::newRow("return presses the default") << "return" << 1;
         QTest::newRow("escape closes") << "escape" << -1;
-        QTest::newRow("closed by the program") << "reject" << -1;
     }
     void execReturnsPressedButton()
     {
@@ -155,10 +153,8 @@ private Q_SLOTS:
                 buttons.at(action.mid(6).toInt())->click();
             else if (action == QLatin1String("return"))
                 QTest::keyClick(&dialog, Qt::Key_Return);
-            else if (action == QLatin1String("escape"))
-                QTest::keyClick(&dialog, Qt::Key_Escape);
             else
-                dialog.reject();
+                QTest::keyClick(&dialog, Qt::Key_Escape);
         });
         QTimer::singleShot(5000, &dialog, &QDialog::reject);
         QCOMPARE(dialog.exec(), expected);
@@ -186,9 +182,7 @@ private Q_SLOTS:
 
         QTest::newRow("near black") << QColor(0x20, 0x20, 0x20) << int(ThemeHelper::DarkType);
         QTest::newRow("dark grey") << QColor(0x70, 0x70, 0x70) << int(ThemeHelper::DarkType);
-        QTest::newRow("dark blue") << QColor(0x10, 0x20, 0x60) << int(ThemeHelper::DarkType);
         QTest::newRow("light grey") << QColor(0x90, 0x90, 0x90) << int(ThemeHelper::LightType);
-        QTest::newRow("white") << QColor(Qt::white) << int(ThemeHelper::LightType);
     }
     void themeFollowsPalette()
     {

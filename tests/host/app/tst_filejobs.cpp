@@ -106,7 +106,6 @@ void FileJobsTest::freeName_data()
 
     QTest::newRow("free name stays") << QStringList() << "a.txt" << false << "a.txt";
     QTest::newRow("first clash") << words("a.txt") << "a.txt" << false << "a (1).txt";
-    QTest::newRow("clashes counted on") << words("a.txt|a (1).txt|a (2).txt") << "a.txt" << false << "a (3).txt";
     QTest::newRow("no suffix") << words("notes") << "notes" << false << "notes (1)";
     QTest::newRow("double tar suffix") << words("a.tar.gz") << "a.tar.gz" << false << "a (1).tar.gz";
     QTest::newRow("dot file") << words(".profile") << ".profile" << false << ".profile (1)";

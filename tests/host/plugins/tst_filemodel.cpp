@@ -6,8 +6,6 @@
 #include "../app/filetestutils.h"
 #include "filemodel.h"
 
-#include <hfmbase/abstractdiriterator.h>
-#include <hfmbase/infofactory.h>
 #include <hostcommon/hostmetatypes.h>
 
 #include <QDir>
@@ -43,37 +41,6 @@ bool load(FileModel &model, const QString &path)
     return finished.wait(10000);
 }
 
-// Lists a local folder under the "mirror" scheme: next() gives the local
-// URL, fileUrl() the entry's mirror URL.
-class MirrorIterator : public hfmbase::AbstractDirIterator
-{
-public:
-    MirrorIterator(const QUrl &url, const QStringList &names, QDir::Filters filters, QDirIterator::IteratorFlags flags)
-        : hfmbase::AbstractDirIterator(url, names, filters, flags),
-          local(url.path(), names, filters | QDir::NoDotAndDotDot, flags),
-          root(url)
-    {
-    }
-    QUrl next() override { return QUrl::fromLocalFile(local.next()); }
-    bool hasNext() const override { return local.hasNext(); }
-    QString fileName() const override { return local.fileName(); }
-    QUrl fileUrl() const override
-    {
-        QUrl url(root);
-        url.setPath(local.filePath());
-        return url;
-    }
-    QUrl url() const override { return root; }
-    hfmbase::FileInfoPointer fileInfo() const override
-    {
-        return hfmbase::InfoFactory::create<hfmbase::FileInfo>(QUrl::fromLocalFile(local.filePath()));
-    }
-
-private:
-    mutable QDirIterator local;
-    QUrl root;
-};
-
 }   // namespace
 
 class FileModelTest : public QObject
@@ -88,7 +55,6 @@ private Q_SLOTS:
     void aNewFolderDropsTheOldListing();
     void liveChangesAndRepaint();
     void missingFolderReportsAnError();
-    void itemsCarryTheIteratorsEntryUrl();
     void burstOfUpdatesRepaintsOnce();
 };
 
@@ -224,24 +190,6 @@ void FileModelTest::missingFolderReportsAnError()
     QCOMPARE(finished.first().first().toBool(), false);
     QVERIFY(!model.errorString().isEmpty());
     QCOMPARE(model.rowCount(), 0);
-}
-
-void FileModelTest::itemsCarryTheIteratorsEntryUrl()
-{
-    QTemporaryDir dir;
-    writeFile(in(dir, "a.txt"));
-    hfmbase::DirIteratorFactory::regClass<MirrorIterator>(QStringLiteral("mirror"));
-    FileModel model;
-    QSignalSpy finished(&model, &FileModel::loadingFinished);
-    QUrl root;
-    root.setScheme(QStringLiteral("mirror"));
-    root.setPath(dir.path());
-    model.setRootUrl(root);
-    QVERIFY(finished.wait(10000));
-    QCOMPARE(model.rowCount(), 1);
-    QUrl expected(root);
-    expected.setPath(in(dir, "a.txt"));
-    QCOMPARE(model.index(0, FileModel::kName).data(FileModel::kUrlRole).toUrl(), expected);
 }
 
 void FileModelTest::burstOfUpdatesRepaintsOnce()

@@ -285,7 +285,6 @@ void HostPluginsTest::newWindowReachesBothFilterForms_data()
     const QUrl dir(QStringLiteral("hosttest:///dir"));
     QTest::newRow("URL alone") << QVariantList {dir} << words("1:hosttest:///dir|2:hosttest:///dir:false");
     QTest::newRow("URL and true") << QVariantList {dir, true} << words("1:hosttest:///dir|2:hosttest:///dir:true");
-    QTest::newRow("URL and false") << QVariantList {dir, false} << words("1:hosttest:///dir|2:hosttest:///dir:false");
 }
 
 namespace {
@@ -358,7 +357,6 @@ void HostPluginsTest::listingOfPluginSchemeWithEmblems_data()
     QTest::newRow("no emblem") << "a-plain.txt" << words("");
     QTest::newRow("one emblem") << "b-marked.txt" << words("emblem-important");
     QTest::newRow("two emblems") << "c-marked-twice.txt" << words("emblem-important|emblem-default");
-    QTest::newRow("folder") << "dir" << words("");
 }
 
 void HostPluginsTest::listingOfPluginSchemeWithEmblems()
@@ -646,11 +644,6 @@ void HostPluginsTest::malformedRegistrationsAreRefused_data()
         << Space::kWorkspace << Topic::kRegisterCustomTopWidget
         << QVariantList {QVariantMap {{PropertyKey::kScheme, QStringLiteral("x")}}} << QVariant(false)
         << "registerCustomTopWidget: refused - Property_Key_CreateTopWidgetCallback is not a TopWidCreator";
-    QTest::newRow("top widget with a creator of the wrong type")
-        << Space::kWorkspace << Topic::kRegisterCustomTopWidget
-        << QVariantList {QVariantMap {{PropertyKey::kScheme, QStringLiteral("x")},
-               {PropertyKey::kCreateTopWidgetCallback, QStringLiteral("not callable")}}}
-        << QVariant(false) << "is not a TopWidCreator";
     QTest::newRow("top widget without scheme")
         << Space::kWorkspace << Topic::kRegisterCustomTopWidget << QVariantList {QVariantMap()} << QVariant(false)
         << "refused - no Property_Key_Scheme";

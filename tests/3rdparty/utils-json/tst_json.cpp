@@ -55,9 +55,7 @@ void TestJson::readsTypedValues_data()
     // Defaults used below: int 7, bool true, double 2.5, string "def".
     QTest::newRow("nested number") << doc("{'a':{'b':3}}") << text("a.b") << 3 << true << 3.0 << text("def");
     QTest::newRow("intermediate is a number") << doc("{'a':3}") << text("a.b") << 7 << true << 2.5 << text("def");
-    QTest::newRow("missing key") << doc("{'a':{}}") << text("a.b") << 7 << true << 2.5 << text("def");
     QTest::newRow("missing intermediate") << doc("{'x':{'b':1}}") << text("a.b") << 7 << true << 2.5 << text("def");
-    QTest::newRow("top-level string") << doc("{'s':'hi'}") << text("s") << 7 << true << 2.5 << text("hi");
     QTest::newRow("false flag") << doc("{'f':false}") << text("f") << 7 << false << 2.5 << text("def");
     QTest::newRow("fraction") << doc("{'d':{'e':{'f':1.25}}}") << text("d.e.f") << 7 << true << 1.25 << text("def");
     QTest::newRow("key with a dot cannot be addressed")
@@ -98,7 +96,6 @@ void TestJson::readsArrays_data()
     QTest::addColumn<int>("size");
 
     QTest::newRow("array member") << doc("{'l':['x','y']}") << text("l") << QStringList {text("x"), text("y")} << 2;
-    QTest::newRow("nested array member") << doc("{'a':{'l':['x']}}") << text("a.l") << QStringList {text("x")} << 1;
     QTest::newRow("top-level array by dot")
         << doc("['p','q','r']") << text(".") << QStringList {text("p"), text("q"), text("r")} << 3;
     QTest::newRow("top-level array by empty path") << doc("['p']") << QString() << QStringList {text("p")} << 1;
@@ -133,15 +130,10 @@ void TestJson::changesByPath_data()
         << doc("{'x':5}") << text("x.y") << QJsonValue(true) << object("{'x':{'y':true}}");
     QTest::newRow("set keeps siblings") << doc("{'x':{'a':1},'b':2}") << text("x.c") << QJsonValue(text("s"))
                                         << object("{'x':{'a':1,'c':'s'},'b':2}");
-    QTest::newRow("set overwrites a leaf")
-        << doc("{'x':{'a':1}}") << text("x.a") << QJsonValue(2) << object("{'x':{'a':2}}");
     QTest::newRow("set a top-level key") << text("{}") << text("k") << QJsonValue(QJsonArray {1, 2})
                                          << object("{'k':[1,2]}");
     QTest::newRow("remove a nested leaf")
         << doc("{'a':{'b':1,'c':2}}") << text("a.b") << remove << object("{'a':{'c':2}}");
-    QTest::newRow("remove a top-level key") << doc("{'a':1,'b':2}") << text("a") << remove << object("{'b':2}");
-    QTest::newRow("remove a deep leaf") << doc("{'a':{'b':{'c':1}}}") << text("a.b.c") << remove
-                                        << object("{'a':{'b':{}}}");
     QTest::newRow("remove a missing leaf") << doc("{'a':{'b':1}}") << text("a.x") << remove << object("{'a':{'b':1}}");
     // Removing walks the way exactly as setting does, objects made or replaced on it included.
     QTest::newRow("remove on a missing way makes it as set does")
@@ -174,8 +166,6 @@ void TestJson::reportsParseErrors_data()
     QTest::addColumn<QString>("document");
 
     QTest::newRow("not json") << text("hello");
-    QTest::newRow("missing value") << doc("{'a':}");
-    QTest::newRow("unterminated object") << doc("{'a':1");
     QTest::newRow("trailing garbage") << doc("{'a':1} x");
 }
 
@@ -265,9 +255,7 @@ void TestJson::findsKeysRepeatedOverContainers_data()
     QTest::newRow("same key in sibling objects") << QByteArray(R"({"x":{"a":{}},"y":{"a":{}}})") << -1;
     QTest::newRow("same key in array elements") << QByteArray(R"([{"a":{}},{"a":{}}])") << -1;
     QTest::newRow("braces and quotes inside strings") << QByteArray(R"({"s":"}{\"a\":","a":{},"b":"a"})") << -1;
-    QTest::newRow("string value equal to the key") << QByteArray(R"({"a":[],"b":"a"})") << -1;
     QTest::newRow("unterminated string") << QByteArray(R"({"a":{},"a)") << -1;
-    QTest::newRow("not json") << QByteArray("hello") << -1;
 }
 
 void TestJson::findsKeysRepeatedOverContainers()

@@ -46,7 +46,6 @@ private Q_SLOTS:
     void storesAndRepaintsEveryReportedItem();
     void repaintsTheUrlUserInputGives_data();
     void repaintsTheUrlUserInputGives();
-    void laterStatusReplacesEarlier();
     void eachEntryIsStoredBeforeItsRepaint();
     void laterReportWinsOverALongAnswer();
     void looksUpExactPathsOnly_data();
@@ -179,19 +178,6 @@ void TestNubixCaches::repaintsTheUrlUserInputGives()
     QCOMPARE(repainted.first().toString(), expected.toString());
     QCOMPARE(caches->fileData(path).path, path);
     caches->removeFileCache(path);
-}
-
-void TestNubixCaches::laterStatusReplacesEarlier()
-{
-    repainted.clear();
-    peer.send(notification("fileSyncStatus", R"({"path":"/twice.txt","fileid":5,"plan":"upload","plan_status":2})"));
-    peer.send(notification("fileSyncStatus", R"({"path":"/twice.txt","fileid":5,"plan":"","plan_status":3})"));
-    QTRY_COMPARE(repainted.size(), 2);
-    // No check whether anything changed: each report repaints.
-    QCOMPARE(repainted.at(0), repainted.at(1));
-    QCOMPARE(repainted.at(0).path(), QStringLiteral("/twice.txt"));
-    QCOMPARE(toMap(caches->fileData(QStringLiteral("/twice.txt"))),
-        defaultsWith<FileData>(R"({"path":"/twice.txt","fileId":5,"planStatus":3})"));
 }
 
 void TestNubixCaches::eachEntryIsStoredBeforeItsRepaint()
@@ -396,7 +382,7 @@ void TestNubixCaches::marksDisconnectionUntilNextAnswer()
     // Everything else is kept for readers that go on showing it.
     QCOMPARE(caches->syncRoot(), QStringLiteral("/home/u/Kelo"));
     QCOMPARE(toMap(caches->userInfo()), user);
-    QCOMPARE(caches->fileData(QStringLiteral("/twice.txt")).planStatus, 3);
+    QCOMPARE(caches->fileData(QStringLiteral("/docs/bad.txt")).planStatus, 10);
     QCOMPARE(changed.count(), 0);
 
     // Back again: the three requests go out, and the answer confirms the summary.

@@ -185,15 +185,6 @@ private Q_SLOTS:
         setStatus(cachedPath, 0);
     }
 
-    void noEmblemsUntilConfirmed()
-    {
-        setStatus(QStringLiteral("/a.txt"), 3);
-        setSync(kRoot, {QStringLiteral("/a.txt")}, true);
-        QList<QIcon> icons;
-        QVERIFY(!EventsHandler::instance()->hookRequestCustomEmblems(url("nubix:///a.txt"), &icons));
-        QVERIFY(icons.isEmpty());
-    }
-
     void themeFindsEveryIcon_data()
     {
         QTest::addColumn<QString>("name");

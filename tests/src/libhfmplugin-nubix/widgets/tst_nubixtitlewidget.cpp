@@ -219,7 +219,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("link");
         QTest::addColumn<QStringList>("sent");
 
-        QTest::newRow("continue") << "SyncContinue" << QStringList {QStringLiteral("setSyncResume {}")};
         QTest::newRow("details") << "SyncDetail"
                                  << QStringList {QStringLiteral(R"(navigate {"args":"syncList","type":"sync"})")};
         QTest::newRow("errors") << "ErrorList"

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The drive's faces from a user's side: the file manager with the plug-in
-// and the simulator, both as processes under a temporary HOME. The file
-// manager runs one automation script; the simulator logs what reached it.
+// and the simulator, both as processes under a temporary HOME.
 #include "e2eenvironment.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
@@ -53,7 +48,7 @@ class TestNubixUiEndToEnd : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
+    void cleanup() { s.reset(); }
     void computerViewShowsTheDrive_data();
     void computerViewShowsTheDrive();
     void activatingTheEntry_data();
@@ -61,87 +56,22 @@ private Q_SLOTS:
     void menusByClientState_data();
     void menusByClientState();
     void menuActionsReachTheClient();
+    void fileMenuOpensLocalFilesAndTreeFolders();
     void bannerStatesAndLinks();
     void welcomeButtonStartsAndConnects();
 
 private:
-    QString path(const QString &relative) const { return QDir(tmp->path()).filePath(relative); }
-    QString root() const { return path(QStringLiteral("Kelo Drive")); }
-    QProcessEnvironment environment() const;
-    bool startSimulator(const QStringList &arguments);
-    // Runs a whole file-manager script; true when it ended well (else its errors are logged).
-    bool runFileManager(const QString &script, int timeoutMs = 60000);
+    QString root() const { return s->root(); }
+    bool startSimulator(const QStringList &arguments) { return s->startSimulator(arguments); }
+    bool runFileManager(const QString &script) { return s->host(script, 60000); }
 
-    std::unique_ptr<QTemporaryDir> tmp;
-    QProcess sim;
-    QString fmOutput;
-    QString fmErrors;
-    QString locale;   // empty: the machine's
+    std::unique_ptr<E2eSession> s;
 };
-
-QProcessEnvironment TestNubixUiEndToEnd::environment() const
-{
-    QProcessEnvironment env = e2eEnvironment(
-        path(QStringLiteral("home")), QStringLiteral("*.debug=false;*.info=false;org.sablo.kelodrive.sim.info=true"));
-    if (!locale.isEmpty()) {
-        env.insert(QStringLiteral("LC_ALL"), locale);
-        env.insert(QStringLiteral("LANG"), locale);
-    }
-    return env;
-}
 
 void TestNubixUiEndToEnd::init()
 {
-    tmp.reset(new QTemporaryDir);
-    QVERIFY(tmp->isValid());
-    QVERIFY(QDir().mkpath(path(QStringLiteral("home/.local/share"))));
+    s.reset(new E2eSession);
     QVERIFY(writeFile(root() + QStringLiteral("/a.txt"), "a"));
-    fmOutput.clear();
-    fmErrors.clear();
-    locale.clear();
-}
-
-void TestNubixUiEndToEnd::cleanup()
-{
-    if (sim.state() != QProcess::NotRunning) {
-        sim.write("quit\n");
-        if (!sim.waitForFinished(5000))
-            sim.kill();
-        sim.waitForFinished();
-    }
-}
-
-bool TestNubixUiEndToEnd::startSimulator(const QStringList &arguments)
-{
-    sim.setProcessEnvironment(environment());
-    sim.setProcessChannelMode(QProcess::SeparateChannels);
-    sim.start(QStringLiteral(KELODRIVE_SIM_EXE), arguments);
-    if (!sim.waitForStarted())
-        return false;
-    return QTest::qWaitFor([this] { return sim.canReadLine() || sim.state() == QProcess::NotRunning; }, 10000)
-        && sim.readLine().startsWith("port ");
-}
-
-bool TestNubixUiEndToEnd::runFileManager(const QString &script, int timeoutMs)
-{
-    QProcess fm;
-    fm.setProcessEnvironment(environment());
-    fm.start(QStringLiteral(HDE_FM_BINARY), {QStringLiteral("--script"), QStringLiteral("-")});
-    if (!fm.waitForStarted())
-        return false;
-    fm.write(QString(script).replace(QStringLiteral("$ROOT"), root()).toUtf8());
-    fm.write("quit\n");
-    fm.closeWriteChannel();
-    if (!QTest::qWaitFor([&fm] { return fm.state() == QProcess::NotRunning; }, timeoutMs)) {
-        fm.kill();
-        fm.waitForFinished();
-    }
-    fmOutput = QString::fromUtf8(fm.readAllStandardOutput());
-    fmErrors = QString::fromUtf8(fm.readAllStandardError());
-    const bool ok = fm.exitStatus() == QProcess::NormalExit && fm.exitCode() == 0;
-    if (!ok)
-        qWarning().noquote() << fmErrors.right(300);
-    return ok;
 }
 
 void TestNubixUiEndToEnd::computerViewShowsTheDrive_data()
@@ -183,7 +113,7 @@ void TestNubixUiEndToEnd::computerViewShowsTheDrive()
 {
     QFETCH(QString, locale);
     QFETCH(QStringList, arguments);
-    this->locale = locale;
+    s->locale = locale;
     QFETCH(QString, checks);
     QVERIFY(startSimulator(QStringList {QStringLiteral("--root"), root()} + arguments));
     // The entry reads the cache when the view repaints; revisiting repaints it.
@@ -191,7 +121,6 @@ void TestNubixUiEndToEnd::computerViewShowsTheDrive()
                                           "cd last computer:///\nwait-for url last computer:///\n")
         + checks;
     QVERIFY(runFileManager(script));
-    QVERIFY2(fmErrors.isEmpty() || !fmErrors.contains(QLatin1String("script line")), qPrintable(fmErrors.right(300)));
 }
 
 void TestNubixUiEndToEnd::activatingTheEntry_data()
@@ -238,7 +167,7 @@ void TestNubixUiEndToEnd::menusByClientState()
     const QString script = QStringLiteral("open computer:///\nwait 2000\nmenu entry last \"Kelo Drive\"\n"
                                           "menu sidebar last \"Kelo Drive\"\n");
     QVERIFY(runFileManager(script));
-    QCOMPARE(menus(fmOutput), (QStringList {ids, ids}));
+    QCOMPARE(menus(s->fmOutput), (QStringList {ids, ids}));
 }
 
 void TestNubixUiEndToEnd::menuActionsReachTheClient()
@@ -262,17 +191,35 @@ menu-trigger entry first "Kelo Drive" nubix-open
 wait-for url first nubix:/// 10000
 )");
     QVERIFY(runFileManager(script));
-    QString log;
-    (void)QTest::qWaitFor([&] {
-        log += QString::fromUtf8(sim.readAllStandardError());
-        return log.contains(QLatin1String("type=setting"));
-    });
-    const QStringList navigated = log.split(QLatin1Char('\n')).filter(QStringLiteral("navigate to page"));
+    const QStringList navigated = s->simulatorLog(QStringLiteral("type=setting"))
+                                      .split(QLatin1Char('\n'))
+                                      .filter(QStringLiteral("navigate to page"));
     QCOMPARE(navigated.size(), 4);
     QVERIFY(navigated.at(0).endsWith(QLatin1String("type=home args=fileDocs")));
     QVERIFY(navigated.at(1).endsWith(QLatin1String("type=sync args=syncList")));
     QVERIFY(navigated.at(2).endsWith(QLatin1String("type=home args=fileRecycle")));
     QVERIFY(navigated.at(3).contains(QLatin1String("type=setting")));
+}
+
+// The host's own file menu, run for the tree: a file opens as the local
+// file, a folder stays in the tree, the rest is the host's.
+void TestNubixUiEndToEnd::fileMenuOpensLocalFilesAndTreeFolders()
+{
+    QVERIFY(writeFile(root() + QStringLiteral("/sub/b.txt"), "b"));
+    QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+    const QString script = QStringLiteral(R"(open nubix:///
+wait-for item last a.txt 15000
+menu item last a.txt
+menu-trigger item last a.txt open
+wait-for state opened/# 1
+expect opened/0/url file://$ROOT/a.txt
+menu-trigger item last sub open-in-new-tab
+wait-for state windows/0/tabs/1/url nubix:///sub
+menu-trigger item last sub open
+wait-for url last nubix:///sub
+)");
+    QVERIFY(runFileManager(script));
+    QCOMPARE(menus(s->fmOutput), QStringList {QStringLiteral("open copy cut rename move-to-trash delete")});
 }
 
 void TestNubixUiEndToEnd::bannerStatesAndLinks()
@@ -294,8 +241,10 @@ wait-for state %1/icon fbnubix_drive_done 10000
     QVERIFY(runFileManager(script));
 
     // The client stops: the banner asks to start it.
-    sim.write("quit\n");
-    QVERIFY(sim.waitForFinished(10000));
+    // Seen by a file manager started afterwards, from the cached summary.
+    s->simulator(QStringLiteral("quit\n"));
+    QVERIFY(s->sim.waitForFinished(10000));
+    s->stopFileManager();
     QVERIFY(runFileManager(QStringLiteral(R"(open nubix:///
 wait 1500
 wait-for state %1/icon fbnubix_drive_pause 15000
@@ -314,11 +263,7 @@ click last "Open Kelo Drive"
 wait 1000
 )");
     QVERIFY(runFileManager(script));
-    QString log;
-    QVERIFY(QTest::qWaitFor([&] {
-        log += QString::fromUtf8(sim.readAllStandardError());
-        return log.contains(QLatin1String("runs plug-in version"));
-    }));
+    QVERIFY(s->simulatorLog(QStringLiteral("runs plug-in version")).contains(QLatin1String("runs plug-in version")));
 }
 
 QTEST_GUILESS_MAIN(TestNubixUiEndToEnd)

@@ -8,13 +8,6 @@
 #include <QTimer>
 #include <QtTest>
 
-#include <functional>
-
-// A callable carried in a variant under a name of its own, the way plug-ins
-// hand creators to each other.
-using LabelMaker = std::function<QString(int)>;
-Q_DECLARE_METATYPE(LabelMaker)
-
 namespace {
 
 const QString kSpace = QStringLiteral("hpftest");
@@ -43,11 +36,6 @@ public:
         icons->append(QIcon());
         icons->append(QIcon());
         return true;
-    }
-    QString makeLabel(const LabelMaker &maker, int value) { return maker(value); }
-    QString makeLabelFromMap(const QVariantMap &map)
-    {
-        return map.value(QStringLiteral("Maker")).value<LabelMaker>()(7);
     }
     QString objectNameOf(QObject *obj) { return obj ? obj->objectName() : QStringLiteral("null"); }
     int timerInterval(QTimer *timer) { return timer ? timer->interval() : -1; }
@@ -193,20 +181,6 @@ private Q_SLOTS:
         expectWarning(QStringLiteral("slot_Emblems refused the call: argument 1 is QString\\*"));
         QVERIFY(!m_channel->push(kSpace, QStringLiteral("slot_Emblems"), QUrl(), &name).isValid());
         QCOMPARE(name, QStringLiteral("x.txt"));
-    }
-
-    void callablesTravelInVariants()
-    {
-        qRegisterMetaType<LabelMaker>("HpfTestLabelMaker");
-        Receiver *r = m_receiver.get();
-        m_channel->connect(kSpace, QStringLiteral("slot_Label"), r, &Receiver::makeLabel);
-        m_channel->connect(kSpace, QStringLiteral("slot_LabelMap"), r, &Receiver::makeLabelFromMap);
-
-        const LabelMaker maker = [](int v) { return QStringLiteral("item %1").arg(v); };
-        QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_Label"), maker, 3), QVariant(QStringLiteral("item 3")));
-
-        const QVariantMap map {{QStringLiteral("Maker"), QVariant::fromValue(maker)}};
-        QCOMPARE(m_channel->push(kSpace, QStringLiteral("slot_LabelMap"), map), QVariant(QStringLiteral("item 7")));
     }
 
     void objectPointersConvert_data()

@@ -44,8 +44,6 @@ private Q_SLOTS:
     void initTestCase();
     void connectingAsksForAccountSummaryAndShownFolders();
     void storesAndRepaintsEveryReportedItem();
-    void repaintsTheUrlUserInputGives_data();
-    void repaintsTheUrlUserInputGives();
     void eachEntryIsStoredBeforeItsRepaint();
     void laterReportWinsOverALongAnswer();
     void looksUpExactPathsOnly_data();
@@ -151,33 +149,6 @@ void TestNubixCaches::storesAndRepaintsEveryReportedItem()
     sync();
     QCOMPARE(repainted.size(), 3);
     QCOMPARE(caches->fileData(QStringLiteral("/docs/a b.txt")).planStatus, 2);
-}
-
-void TestNubixCaches::repaintsTheUrlUserInputGives_data()
-{
-    QTest::addColumn<QString>("path");
-
-    QTest::newRow("plain") << "/docs/a.txt";
-    QTest::newRow("empty") << "";
-    QTest::newRow("hash") << "/docs/#1.txt";
-    QTest::newRow("bad percent") << "/docs/100%.txt";
-    QTest::newRow("no leading slash") << "docs/a";
-}
-
-void TestNubixCaches::repaintsTheUrlUserInputGives()
-{
-    QFETCH(QString, path);
-
-    repainted.clear();
-    FileData data;
-    data.path = path;
-    caches->cacheFileDatas({data});
-    QCOMPARE(repainted.size(), 1);
-    const QUrl expected = QUrl::fromUserInput(QStringLiteral("nubix://%1").arg(path));
-    QCOMPARE(repainted.first(), expected);
-    QCOMPARE(repainted.first().toString(), expected.toString());
-    QCOMPARE(caches->fileData(path).path, path);
-    caches->removeFileCache(path);
 }
 
 void TestNubixCaches::eachEntryIsStoredBeforeItsRepaint()

@@ -112,12 +112,13 @@ public:
     QString fmOutput;
 
 private:
+    // Both programs take "quit"; the file manager saves its cache as it ends.
     static void stop(QProcess &process)
     {
         if (process.state() == QProcess::NotRunning)
             return;
+        process.write("quit\n");
         process.closeWriteChannel();
-        process.terminate();
         if (!process.waitForFinished(5000)) {
             process.kill();
             process.waitForFinished();

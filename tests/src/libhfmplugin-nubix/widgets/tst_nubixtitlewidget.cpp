@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QTest>
+#include <QVBoxLayout>
 
 using namespace hfmplugin_nubix;
 

@@ -2,17 +2,23 @@
 #pragma once
 
 #include <QFile>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 // A directory holding a fake host executable that answers "-v" with the given
-// output (none: prints nothing); `install` false leaves the directory empty.
+// output (none: prints nothing). Without `install` it holds only the tools the
+// version query runs and is the whole search path, so that a file manager
+// installed on the machine stays out of sight.
 class FakeHost
 {
 public:
-    explicit FakeHost(const QByteArray &versionOutput, bool install = true)
+    explicit FakeHost(const QByteArray &versionOutput, bool install = true) : installed(install)
     {
-        if (!install)
+        if (!install) {
+            for (const char *tool : {"bash", "grep", "awk"})
+                QFile::link(QStandardPaths::findExecutable(QLatin1String(tool)), dir.filePath(QLatin1String(tool)));
             return;
+        }
         QFile script(dir.filePath(QStringLiteral("hde-file-manager")));
         script.open(QIODevice::WriteOnly);
         script.write("#!/bin/sh\n[ \"$1\" = \"-v\" ] || exit 2\nprintf '%s' '" + versionOutput + "'\n");
@@ -20,7 +26,8 @@ public:
         script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
     // The search path with the fake first and the system's tools behind it.
-    QByteArray path() const { return QFile::encodeName(dir.path()) + ":/usr/bin:/bin"; }
+    QByteArray path() const { return QFile::encodeName(dir.path()) + (installed ? ":/usr/bin:/bin" : ""); }
 
     QTemporaryDir dir;
+    bool installed;
 };

@@ -6,7 +6,6 @@
 #include <QtTest>
 
 using hfmbase::AbstractMenuScene;
-using hfmbase::AbstractSceneCreator;
 
 namespace {
 
@@ -50,12 +49,6 @@ public:
     QString sceneName;
     QStringList *log;
     bool accepts;
-};
-
-class Creator : public AbstractSceneCreator
-{
-public:
-    AbstractMenuScene *create() override { return nullptr; }
 };
 
 QStringList strings(std::initializer_list<const char *> items)
@@ -166,18 +159,6 @@ private Q_SLOTS:
         QVERIFY(root.subscenes().isEmpty());
         QMenu menu;
         QVERIFY(root.create(&menu));   // no dangling sub-scene to call
-    }
-
-    void creatorChildren()
-    {
-        Creator creator;
-        QVERIFY(creator.addChild(QStringLiteral("x")));
-        QVERIFY(creator.addChild(QStringLiteral("y")));
-        QVERIFY(!creator.addChild(QStringLiteral("x")));
-        QVERIFY(!creator.addChild(QString()));
-        QCOMPARE(creator.getChildren(), (QStringList {QStringLiteral("x"), QStringLiteral("y")}));
-        creator.removeChild(QStringLiteral("x"));
-        QCOMPARE(creator.getChildren(), QStringList {QStringLiteral("y")});
     }
 };
 

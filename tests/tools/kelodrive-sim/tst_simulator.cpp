@@ -61,7 +61,6 @@ private Q_SLOTS:
     void failingDownloadLeavesNoFile();
     void folderShowsBusiestChild();
     void lostRootIsReported();
-    void rootCanBeClearedAndSet();
     void listingEscapesNames_data();
     void listingEscapesNames();
 
@@ -589,22 +588,6 @@ void SimulatorTest::lostRootIsReported()
     m_client->envelopes.clear();
     m_sim->rescan();
     QVERIFY(m_client->waitForNotification(u"syncErrors"_s).toObject().value(u"isLocalPathExist").toBool());
-}
-
-void SimulatorTest::rootCanBeClearedAndSet()
-{
-    QVERIFY(m_sim->execute(u"root none"_s));
-    QCOMPARE(m_client->waitForNotification(u"syncInited"_s).toBool(true), false);
-    QVERIFY(m_client->waitForNotification(u"syncRoot"_s).toString(u"x"_s).isEmpty());
-    QVERIFY(!m_sim->isSyncInited());
-    QCOMPARE(m_client->call(u"getFileStatus"_s, statusArgs(u"/"_s)).toArray().size(), 0);
-
-    m_client->envelopes.clear();
-    const QString other = m_dir->path() + u"/elsewhere"_s;
-    QVERIFY(m_sim->execute(u"root "_s + other));
-    QVERIFY(QFileInfo(other).isDir());
-    QCOMPARE(m_client->waitForNotification(u"syncRoot"_s).toString(), other);
-    QVERIFY(m_client->waitForNotification(u"syncInited"_s).toBool());
 }
 
 void SimulatorTest::listingEscapesNames_data()

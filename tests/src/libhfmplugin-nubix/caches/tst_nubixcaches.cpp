@@ -53,7 +53,6 @@ private Q_SLOTS:
     void rootChangesOnlyWhenItsTextDiffers_data();
     void rootChangesOnlyWhenItsTextDiffers();
     void notificationsReplacePartsSilently();
-    void keepsUserInfoSilently();
     void marksDisconnectionUntilNextAnswer();
 
 private:
@@ -323,19 +322,6 @@ void TestNubixCaches::notificationsReplacePartsSilently()
     sync();
     QCOMPARE(toMap(caches->syncInfo().syncErrors), defaultsWith<SyncError>(R"({"isUnknown":true})"));
     QCOMPARE(caches->syncInfo().banDirs, QStringList());
-}
-
-void TestNubixCaches::keepsUserInfoSilently()
-{
-    QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
-    QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
-    const char *result = R"({"account":{"uid":"u9","nickname":"Bo","bookType":2},
-                             "storage":{"free":5,"used":6,"total":11,"relative":1,"quota":12}})";
-    peer.send(answer("getUserInfo", result));
-    sync();
-    QCOMPARE(toMap(caches->userInfo()), defaultsWith<UserInfo>(R"({"account":{"uid":"u9","nickname":"Bo","bookType":2},
-                                   "free":5,"used":6,"total":11,"relative":1,"quota":12})"));
-    QCOMPARE(changed.count() + updated.count(), 0);
 }
 
 void TestNubixCaches::marksDisconnectionUntilNextAnswer()

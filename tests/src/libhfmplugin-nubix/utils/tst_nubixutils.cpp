@@ -3,8 +3,6 @@
 
 #include "caches/nubixcaches.h"
 
-#include <htk/messagedialog.h>
-
 #include <QApplication>
 #include <QTest>
 
@@ -140,54 +138,6 @@ private Q_SLOTS:
         QCOMPARE(NubixUtils::cloudToLocal(cloud), local);
         // And through text, as URLs travel in events.
         QCOMPARE(NubixUtils::cloudToLocal(QUrl(cloud.toString(QUrl::FullyEncoded))), local);
-    }
-
-    // The root is read on every call: nothing is kept from an earlier one.
-    void followsRootChanges()
-    {
-        const QUrl local = QUrl::fromLocalFile(QStringLiteral("/data/one/x"));
-        setRoot(QStringLiteral("/data/one"));
-        QCOMPARE(NubixUtils::localToCloud(local).path(), QStringLiteral("/x"));
-        setRoot(QStringLiteral("/data/two"));
-        QVERIFY(NubixUtils::localToCloud(local).isEmpty());
-        QCOMPARE(
-            NubixUtils::cloudToLocal(QUrl(QStringLiteral("nubix:///x"))).toLocalFile(), QStringLiteral("/data/two/x"));
-    }
-
-    void readyToAccess_data()
-    {
-        QTest::addColumn<QString>("root");
-        QTest::addColumn<bool>("ready");
-
-        QTest::newRow("no root yet") << QString() << false;
-        QTest::newRow("a root") << kRoot << true;
-        QTest::newRow("a blank root is still a root") << QStringLiteral(" ") << true;
-    }
-    void readyToAccess()
-    {
-        QFETCH(QString, root);
-        QFETCH(bool, ready);
-
-        setRoot(root);
-        QCOMPARE(NubixUtils::readyToAccess(), ready);
-    }
-
-    void showDialog()
-    {
-        htk::MessageDialog::setAutomationMode(true);
-        htk::MessageDialog::clearRecordedDialogs();
-        QWidget parent;
-
-        NubixUtils::showDialog(QStringLiteral("Cannot open"), QStringLiteral("The file is still syncing."), &parent);
-
-        const QList<htk::MessageDialog::Record> dialogs = htk::MessageDialog::recordedDialogs();
-        QCOMPARE(dialogs.size(), 1);
-        QCOMPARE(dialogs.first().title, QStringLiteral("Cannot open"));
-        QCOMPARE(dialogs.first().message, QStringLiteral("The file is still syncing."));
-        QCOMPARE(dialogs.first().buttons, QStringList {QStringLiteral("Confirm")});
-        // The dialog is gone once the call returns.
-        QVERIFY(parent.findChildren<htk::MessageDialog *>().isEmpty());
-        htk::MessageDialog::setAutomationMode(false);
     }
 };
 

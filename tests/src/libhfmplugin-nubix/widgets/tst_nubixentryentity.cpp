@@ -59,11 +59,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("description");
 
         const QString root = QStringLiteral("/home/a/Kelo Drive");
-        QTest::newRow("quota account, ready: bar only") << root << qint64(10) << true << QString();
         QTest::newRow("other negative quota, ready: bar only") << root << qint64(-1) << true << QString();
         QTest::newRow("quota account, no root: nothing") << QString() << qint64(10) << false << QString();
-        QTest::newRow("unlimited, ready: used space line")
-            << root << qint64(-3) << false << QStringLiteral("Used space 1.5 KB");
         QTest::newRow("unlimited, no root: nothing") << QString() << qint64(-3) << false << QString();
     }
     void sizesAndDescription()
@@ -91,8 +88,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("publicCloud");
         QTest::addColumn<QString>("icon");
 
-        QTest::newRow("personal account") << "/home/a/Drive" << true << "nubix-harddisk-individual";
-        QTest::newRow("private deployment") << "/home/a/Drive" << false << "nubix-harddisk-enterprise";
         QTest::newRow("no root, personal account") << QString() << true << "nubix-harddisk";
     }
     void iconByRootAndAccount()

@@ -14,18 +14,6 @@ class TestNubixLoginWidget : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void keepsItsUrl()
-    {
-        const QUrl login(QStringLiteral("nubix-login:///"));
-        NubixLoginWidget page(login);
-        QCOMPARE(page.rootUrl(), login);
-        QCOMPARE(page.widget(), static_cast<QWidget *>(&page));
-        const int children = page.findChildren<QWidget *>().size();
-        QVERIFY(page.setRootUrl(QUrl(QStringLiteral("nubix-login:///x"))));
-        QCOMPARE(page.rootUrl(), QUrl(QStringLiteral("nubix-login:///x")));
-        QCOMPARE(page.findChildren<QWidget *>().size(), children);
-    }
-
     void blockStaysCentred_data()
     {
         QTest::addColumn<QSize>("size");

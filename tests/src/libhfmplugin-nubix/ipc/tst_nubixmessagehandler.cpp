@@ -555,7 +555,9 @@ void TestNubixMessageHandler::requestSyncWaitsWithoutBlocking()
     // Another answer arriving meanwhile goes to its parser at once.
     QSignalSpy other(&own.handler, &NubixMessageHandler::sigResponseFileStatus);
     bool timerRan = false;
-    QTimer::singleShot(0, this, [&timerRan] { timerRan = true; });
+    // Dies with the row: without a wait the timer is still pending at its end.
+    QObject rowScope;
+    QTimer::singleShot(0, &rowScope, [&timerRan] { timerRan = true; });
     if (own.peer.socket) {
         QObject::connect(own.peer.socket, &QTcpSocket::readyRead, this, [&own, peerDoes] {
             const QByteArray frame = own.peer.nextFrame();

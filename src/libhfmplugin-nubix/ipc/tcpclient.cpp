@@ -6,6 +6,12 @@
 #include <QElapsedTimer>
 #include <QMetaObject>
 #include <QTcpSocket>
+#include <QTimer>
+
+#ifdef Q_OS_LINUX
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#endif
 
 namespace hfmplugin_nubix {
 
@@ -17,14 +23,33 @@ constexpr qint64 kDeliveryBudgetNs = 8 * 1000 * 1000;
 // A message this long (in characters) takes a turn to handle by itself, so
 // that parsing it never comes on top of the messages before it.
 constexpr int kLongMessage = 64 * 1024;
+// How long written bytes may wait without the client taking any before the
+// log says so: a client that stopped reading would otherwise go unnoticed
+// while the requests pile up in this process.
+constexpr int kSendWarningMs = 5000;
+
+// Bytes of the socket's send queue in the kernel that the other end has not
+// taken yet; 0 when unknown.
+qint64 kernelQueued(qintptr descriptor)
+{
+#ifdef Q_OS_LINUX
+    int queued = 0;
+    if (descriptor >= 0 && ::ioctl(int(descriptor), SIOCOUTQ, &queued) == 0)
+        return queued;
+#endif
+    Q_UNUSED(descriptor)
+    return 0;
+}
 }   // namespace
 
-TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
+TcpClient::TcpClient(QObject *parent) : QObject(parent), thread(), sendWarningMs(kSendWarningMs)
 {
     qRegisterMetaType<QAbstractSocket::SocketError>("QAbstractSocket::SocketError");
     nubixInfo() << "TcpClient: Initializing";
 
     socket = new QTcpSocket;
+    sendWatch = new QTimer(socket);
+    sendWatch->setTimerType(Qt::CoarseTimer);
     socket->moveToThread(&thread);
 
     // Deleted right in the worker as it finishes: a deleteLater() posted
@@ -52,6 +77,9 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread()
     connect(socket, &QTcpSocket::connected, this, &TcpClient::onConnected);
     connect(socket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected);
     connect(socket, &QTcpSocket::errorOccurred, this, &TcpClient::onError);
+    // Counted, not timed: the watch's timer looks at the count now and then.
+    connect(socket, &QTcpSocket::bytesWritten, socket, [this](qint64 bytes) { handedToKernel += bytes; });
+    connect(sendWatch, &QTimer::timeout, socket, [this] { checkSending(); });
 
     thread.start(QThread::InheritPriority);
     nubixInfo() << "TcpClient: Initialization complete, thread started";
@@ -103,13 +131,54 @@ void TcpClient::sendMessage(const QString &message)
     QTcpSocket *const target = socket;
     QMetaObject::invokeMethod(
         socket,
-        [target, message] {
+        [this, target, message] {
             QByteArray data = message.toUtf8();
             data.append(FrameSplitter::kDelimiter);
             const qint64 written = target->write(data);
             nubixDebug() << "TcpClient: Sent" << written << "bytes" << target->error();
+            watchSending();
         },
         Qt::QueuedConnection);
+}
+
+void TcpClient::watchSending()
+{
+    // Armed once, not per message: the timer runs while bytes wait and stops
+    // itself when none do.
+    if (sendWatch->isActive())
+        return;
+    sendProgress.start();
+    takenByClient = handedToKernel - kernelQueued(socket->socketDescriptor());
+    sendWatch->start(qMax(1, sendWarningMs.load() / 2));
+}
+
+void TcpClient::checkSending()
+{
+    const bool connectedNow = socket->state() == QAbstractSocket::ConnectedState;
+    const qint64 inKernel = connectedNow ? kernelQueued(socket->socketDescriptor()) : 0;
+    const qint64 unsent = socket->bytesToWrite() + inKernel;
+    if (unsent == 0 || socket->state() == QAbstractSocket::UnconnectedState) {
+        // Everything was taken, or the connection went with whatever it held.
+        if (sendStalled && connectedNow)
+            nubixInfo() << "TcpClient: The client takes data again, nothing waits unsent";
+        sendStalled = false;
+        sendWatch->stop();
+        return;
+    }
+    // A stall lasts until everything is taken: a kernel that makes room for
+    // a few more bytes now and then is no client reading again. Still
+    // connecting counts as progress, as nothing could be taken yet.
+    const qint64 taken = handedToKernel - inKernel;
+    if (taken != takenByClient || !connectedNow) {
+        takenByClient = taken;
+        sendProgress.start();
+        return;
+    }
+    if (!sendStalled && sendProgress.elapsed() >= sendWarningMs.load()) {
+        sendStalled = true;
+        nubixWarning().nospace() << "TcpClient: The client takes no data: " << unsent << " bytes unsent for "
+                                 << sendProgress.elapsed() / 1000 << " s";
+    }
 }
 
 void TcpClient::onConnected()

@@ -4,10 +4,14 @@
 #include "framesplitter.h"
 
 #include <QAbstractSocket>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QThread>
 
+#include <atomic>
+
 class QTcpSocket;
+class QTimer;
 
 namespace hfmplugin_nubix {
 
@@ -21,6 +25,11 @@ namespace hfmplugin_nubix {
 // it is. Many messages arriving at once are handed on a few milliseconds'
 // worth per turn of the event loop; messages still waiting are all handed on
 // before connected() and disconnected().
+//
+// Written bytes that the client takes none of for a few seconds (whether they
+// wait here or in the kernel) give one warning line, and a line again once it
+// has taken them all; the watch runs in the worker, on one timer armed while
+// bytes wait.
 class TcpClient : public QObject
 {
     Q_OBJECT
@@ -34,6 +43,8 @@ public:
     void connectToServer(const QString &host, quint16 port);
     // Sends the UTF-8 text followed by the delimiter; failures show only in the debug log.
     void sendMessage(const QString &message);
+    // How long written bytes may wait unsent before the log says so; tests shorten it.
+    void setSendWarningMs(int ms) { sendWarningMs.store(qMax(1, ms)); }
 
 Q_SIGNALS:
     void messageReceived(const QString &message);
@@ -56,6 +67,11 @@ private:
     // unless this call is one (`freshTurn`).
     void deliver(bool freshTurn);
     void deliverAll();
+    // In the worker thread: starts the watch on unsent bytes unless it runs.
+    void watchSending();
+    // In the worker thread, on the watch's timer: whether the client took
+    // any of the waiting bytes since the last look.
+    void checkSending();
 
     QThread thread;
     QTcpSocket *socket = nullptr;
@@ -67,6 +83,14 @@ private:
     bool connectionAsked = false;
     QStringList waiting;
     bool deliveryQueued = false;
+    // The watch on unsent bytes; all but the delay are touched in the
+    // socket's thread only. The timer is the socket's child and goes with it.
+    QTimer *sendWatch = nullptr;
+    QElapsedTimer sendProgress;   // since the client last took bytes
+    qint64 handedToKernel = 0;   // bytes of this process's writes the kernel took
+    qint64 takenByClient = -1;   // of those, what the client had taken at the last look
+    bool sendStalled = false;
+    std::atomic<int> sendWarningMs;
 };
 
 }   // namespace hfmplugin_nubix

@@ -55,6 +55,7 @@ private Q_SLOTS:
     void burstsLeaveTurnsToTheEventLoop();
     void destroysWhileConnected();
     void closesAfterTheApplicationIsGone();
+    void warnsWhileThePeerTakesNothing();
 };
 
 void TestTcpClient::connectingAgain_data()
@@ -295,6 +296,34 @@ void TestTcpClient::closesAfterTheApplicationIsGone()
     child.closeWriteChannel();
     QVERIFY(child.waitForFinished());
     QCOMPARE(child.exitCode(), 0);
+}
+
+// A peer that stops reading gets one warning, however many messages wait and
+// wherever they wait (here or in the kernel), and a line once it has read them.
+void TestTcpClient::warnsWhileThePeerTakesNothing()
+{
+    const QString stalled = QStringLiteral("TcpClient: The client takes no data:");
+    const QString again = QStringLiteral("TcpClient: The client takes data again");
+    MessageLog log;
+    LocalPeer peer;
+    TcpClient client;
+    client.setSendWarningMs(100);
+    QVERIFY(connectTo(client, peer));
+    peer.socket->setReadBufferSize(1);
+
+    const QString message(64 * 1024, QLatin1Char('x'));
+    for (int i = 0; i < 16; ++i)
+        client.sendMessage(message);
+    QTRY_COMPARE(log.count(QtWarningMsg, stalled), 1);
+    client.sendMessage(message);
+    QTest::qWait(300);
+    QCOMPARE(log.count(QtWarningMsg, stalled), 1);
+
+    peer.socket->setReadBufferSize(0);
+    const int total = 17 * (message.size() + 1);
+    QTRY_COMPARE_WITH_TIMEOUT(peer.received(total).size(), total, 20000);
+    QTRY_COMPARE(log.count(QtInfoMsg, again), 1);
+    QCOMPARE(log.problems().size(), 1);
 }
 
 namespace {

@@ -37,6 +37,12 @@ constexpr int kRetryDelayMs = 3000;
 constexpr int kPgrepTimeoutMs = 30000;
 // Only the first line of the port file is used, and a port takes five digits.
 constexpr int kMaxPortFileBytes = 256;
+// How long a request may go without its answer before the log says so: the
+// client has stopped answering, and the windows show what they last knew.
+constexpr int kAnswerWarningMs = 5000;
+// Requests watched at most; far more than a working client ever leaves
+// waiting, and enough to see that one does not answer.
+constexpr int kMaxWatchedRequests = 10000;
 
 // Whether a notification's "args" converts to T; warns in the parser's name when not.
 template <class T> bool argsConvert(const QVariant &args, const char *parser)
@@ -114,10 +120,15 @@ NubixMessageHandler *NubixMessageHandler::instance()
     return &handler;
 }
 
-NubixMessageHandler::NubixMessageHandler(QObject *parent) : QObject(parent), tcpClient(new TcpClient(this))
+NubixMessageHandler::NubixMessageHandler(QObject *parent)
+    : QObject(parent), tcpClient(new TcpClient(this)), answerWarningMs(kAnswerWarningMs)
 {
     registerSyncRecordTypes();
     nubixInfo() << "NubixMessageHandler: Initializing";
+    answerClock.start();
+    answerWatch.setTimerType(Qt::CoarseTimer);
+    answerWatch.setInterval(answerWarningMs / 2);
+    connect(&answerWatch, &QTimer::timeout, this, &NubixMessageHandler::checkAnswers);
 
     connect(tcpClient, &TcpClient::connected, this, [this] {
         nubixInfo() << "NubixMessageHandler: Connected to server";
@@ -127,6 +138,7 @@ NubixMessageHandler::NubixMessageHandler(QObject *parent) : QObject(parent), tcp
     connect(tcpClient, &TcpClient::disconnected, this, [this] {
         nubixInfo() << "NubixMessageHandler: Disconnected from server";
         connected = false;
+        forgetAnswers();
         // Nothing will answer the requests still waiting.
         for (PendingAnswer *pending : qAsConst(pendingAnswers)) {
             pending->result = SyncResult::Disconnected;
@@ -159,7 +171,73 @@ QString NubixMessageHandler::request(const QString &method, const QVariantMap &d
     const QString key = createKey();
     nubixDebug() << "NubixMessageHandler: Creating request. Method:" << method << "Key:" << key;
     tcpClient->sendMessage(buildReqeustMessage(method, data, key));
+    watchAnswer(key);
     return key;
+}
+
+void NubixMessageHandler::setAnswerWarningMs(int ms)
+{
+    answerWarningMs = qMax(1, ms);
+    answerWatch.setInterval(qMax(1, answerWarningMs / 2));
+}
+
+void NubixMessageHandler::watchAnswer(const QString &key)
+{
+    // A request made while down has nobody to answer it; the disconnection
+    // has already been told.
+    if (!connected || unanswered.size() >= kMaxWatchedRequests)
+        return;
+    unanswered.insert(key, answerClock.elapsed());
+    // Started once and left running while requests wait, not per request.
+    if (!answerWatch.isActive())
+        answerWatch.start();
+}
+
+void NubixMessageHandler::answerArrived(const QString &key)
+{
+    if (!unanswered.remove(key) || !answersStalled)
+        return;
+    // Requests that waited through the silence count as lost, so that one
+    // the client never answers does not warn again at once.
+    const qint64 before = answerClock.elapsed() - answerWarningMs;
+    int lost = 0;
+    for (auto it = unanswered.begin(); it != unanswered.end();) {
+        if (it.value() <= before) {
+            it = unanswered.erase(it);
+            ++lost;
+        } else {
+            ++it;
+        }
+    }
+    answersStalled = false;
+    nubixInfo().nospace() << "NubixMessageHandler: The client answers again (" << lost
+                          << " earlier requests went unanswered)";
+}
+
+void NubixMessageHandler::checkAnswers()
+{
+    if (unanswered.isEmpty()) {
+        answerWatch.stop();
+        return;
+    }
+    if (answersStalled)
+        return;
+    const qint64 now = answerClock.elapsed();
+    qint64 oldest = now;
+    for (const qint64 sent : qAsConst(unanswered))
+        oldest = qMin(oldest, sent);
+    if (now - oldest < answerWarningMs)
+        return;
+    answersStalled = true;
+    nubixWarning().nospace() << "NubixMessageHandler: No answer from the client for " << (now - oldest) / 1000 << " s ("
+                             << unanswered.size() << " requests waiting)";
+}
+
+void NubixMessageHandler::forgetAnswers()
+{
+    unanswered.clear();
+    answersStalled = false;
+    answerWatch.stop();
 }
 
 QVariantMap NubixMessageHandler::requestSync(
@@ -296,6 +374,7 @@ void NubixMessageHandler::handleResponse(const QJsonObject &body)
     const QString key = body.value(QStringLiteral("key")).toString();
     const QJsonObject data = body.value(QStringLiteral("data")).toObject();
     nubixDebug() << "NubixMessageHandler: Handling response. Method:" << method << "Key:" << key;
+    answerArrived(key);
 
     if (PendingAnswer *pending = pendingAnswers.value(key)) {
         pending->data = data.toVariantMap();

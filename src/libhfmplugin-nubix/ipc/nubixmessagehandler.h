@@ -4,9 +4,11 @@
 #include "caches/syncrecords.h"
 
 #include <QAbstractSocket>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QJsonObject>
 #include <QObject>
+#include <QTimer>
 #include <QVariantMap>
 
 namespace hfmplugin_nubix {
@@ -17,6 +19,10 @@ class TcpClient;
 // answers in JSON envelopes, and routes incoming messages to their handlers.
 // GUI thread only; nothing here blocks. The singleton lives until exit and
 // owns its TcpClient.
+//
+// Requests made while connected are watched for their answers: when one has
+// had none for a few seconds, one warning line says so, and one line more
+// when answers come back. The watch only logs; requests wait on as before.
 class NubixMessageHandler : public QObject
 {
     Q_OBJECT
@@ -46,6 +52,8 @@ public:
     QString buildResponseMessage(const QString &method, const QVariantMap &data, const QString &key);
     // A fresh request key: "{" and the 36 characters of a new UUID.
     static QString createKey();
+    // How long a request may go unanswered before the log says so; tests shorten it.
+    void setAnswerWarningMs(int ms);
 
     bool isConnected() const { return connected; }
     TcpClient *client() const { return tcpClient; }
@@ -127,10 +135,23 @@ private:
 
     struct PendingAnswer;
 
+    // The watch on unanswered requests.
+    void watchAnswer(const QString &key);
+    void answerArrived(const QString &key);
+    void checkAnswers();
+    void forgetAnswers();
+
     TcpClient *tcpClient = nullptr;
     bool connected = false;
     // Keys of the requestSync() calls waiting for their answers.
     QHash<QString, PendingAnswer *> pendingAnswers;
+    // When each request made while connected and not answered yet was sent
+    // (on answerClock), and one timer that looks at them while there are any.
+    QHash<QString, qint64> unanswered;
+    QElapsedTimer answerClock;
+    QTimer answerWatch;
+    int answerWarningMs;
+    bool answersStalled = false;
 };
 
 }   // namespace hfmplugin_nubix

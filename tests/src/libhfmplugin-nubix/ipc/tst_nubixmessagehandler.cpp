@@ -62,6 +62,7 @@ private Q_SLOTS:
     void recordsTravelQueued();
     void requestSyncWaitsWithoutBlocking_data();
     void requestSyncWaitsWithoutBlocking();
+    void warnsOncePerSilence();
 
 private:
     Wire wire;
@@ -70,6 +71,8 @@ private:
 void TestNubixMessageHandler::initTestCase()
 {
     QVERIFY(wire.connect());
+    // The shared peer answers nothing; its silence is a case of its own.
+    wire.handler.setAnswerWarningMs(24 * 3600 * 1000);
 }
 
 void TestNubixMessageHandler::keyIsBracedUuidWithoutClosingBrace()
@@ -593,6 +596,40 @@ void TestNubixMessageHandler::requestSyncWaitsWithoutBlocking()
         QCOMPARE(other.count(), 1);
     // The event loop ran while waiting; without a connection nothing waits.
     QCOMPARE(timerRan, peerDoes != PeerDoes::NotConnected);
+}
+
+// A client that stops answering gets one warning per silence, however many
+// requests wait, and a line once it answers again.
+void TestNubixMessageHandler::warnsOncePerSilence()
+{
+    const QString silent = QStringLiteral("NubixMessageHandler: No answer from the client for");
+    const QString again
+        = QStringLiteral("NubixMessageHandler: The client answers again (1 earlier requests went unanswered)");
+    Wire own;
+    QVERIFY(own.connect());
+    own.handler.setAnswerWarningMs(50);
+    MessageLog log;
+
+    own.handler.requestUserInfo();   // never answered
+    QTRY_COMPARE(log.count(QtWarningMsg, silent), 1);
+    const QString key = own.handler.requestSyncInfo();
+    // Some looks later, and with one more request waiting, still one line.
+    QTest::qWait(200);
+    QCOMPARE(log.count(QtWarningMsg, silent), 1);
+    own.peer.send(response("getSyncInfo", key.toUtf8(), "{}"));
+    QTRY_COMPARE(log.count(QtInfoMsg, again), 1);
+
+    // The request never answered does not start the next silence; a new one does.
+    QTest::qWait(200);
+    QCOMPARE(log.count(QtWarningMsg, silent), 1);
+    own.handler.requestUserInfo();
+    QTRY_COMPARE(log.count(QtWarningMsg, silent), 2);
+    // Requests made while down are not watched: nobody is there to answer them.
+    own.peer.disconnectClient();
+    QTRY_VERIFY(!own.handler.isConnected());
+    own.handler.requestUserInfo();
+    QTest::qWait(200);
+    QCOMPARE(log.count(QtWarningMsg, silent), 2);
 }
 
 QTEST_GUILESS_MAIN(TestNubixMessageHandler)

@@ -105,12 +105,14 @@ inline QProcessEnvironment environment(const QString &home, const QString &path)
 class Host : public Child
 {
 public:
-    bool start(const QProcessEnvironment &env, const QString &binary)
+    // `wrapper`: a command and its arguments that run the file manager, if any.
+    bool start(const QProcessEnvironment &env, const QString &binary, const QStringList &wrapper = QStringList())
     {
         process.setProcessEnvironment(env);
-        process.start(binary,
-            {QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("--script"),
-                QStringLiteral("-")});
+        const QStringList arguments {binary, QStringLiteral("-platform"), QStringLiteral("offscreen"),
+            QStringLiteral("--script"), QStringLiteral("-")};
+        const QStringList command = wrapper + arguments;
+        process.start(command.first(), command.mid(1));
         return process.waitForStarted(10000);
     }
 

@@ -12,7 +12,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,6 +28,26 @@ constexpr int kStartMs = 30000;   // start-up, with a sanitizer build on a busy 
 const QString kEnter = QStringLiteral("cd last nubix:///");
 const QString kConnectedLine = QStringLiteral("runs plug-in version");
 const QString kDisconnectedLine = QStringLiteral("NubixMessageHandler: Disconnected from server");
+const QString kNoAnswerLine = QStringLiteral("NubixMessageHandler: No answer from the client for");
+const QString kNotReadLine = QStringLiteral("TcpClient: The client takes no data:");
+const QString kCacheNotWrittenLine = QStringLiteral("NubixCaches: Cannot write the cache file");
+
+// Every folder under `root`, and `root` itself, read-only (or writable again)
+// for everyone, and every file in it too.
+void setTreeWritable(const QString &root, bool writable)
+{
+    const auto folder = writable ? QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner
+                                 : QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadGroup
+            | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther;
+    const auto file = writable ? QFileDevice::ReadOwner | QFileDevice::WriteOwner : QFileDevice::ReadOwner;
+    QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        if (!it.fileInfo().isSymLink())
+            QFile::setPermissions(it.filePath(), it.fileInfo().isDir() ? folder : file);
+    }
+    QFile::setPermissions(root, folder);
+}
 
 }   // namespace
 
@@ -69,6 +91,11 @@ private:
     void expectResponsive(int durationMs, const char *during, int limitMs = kAnswerMs);
 
     std::unique_ptr<QTemporaryDir> tmp;
+    // Runs the file manager, when a row needs that (root held to the mode bits).
+    QStringList hostWrapper;
+    // Undone at the end of the row whatever its outcome.
+    QString mounted;
+    bool homeReadOnly = false;
     QString root;
     QString searchPath;
     QMap<QString, QByteArray> files;
@@ -77,6 +104,9 @@ private:
 
 void FaultInjectionTest::init()
 {
+    hostWrapper.clear();
+    mounted.clear();
+    homeReadOnly = false;
     tmp.reset(new QTemporaryDir);
     QVERIFY(tmp->isValid());
     root = path(QStringLiteral("Kelo Drive"));
@@ -100,6 +130,10 @@ void FaultInjectionTest::cleanup()
     if (host && host->running() && QTest::currentTestFailed())
         qInfo().noquote() << "file manager's log:\n" << host->err.join(QLatin1Char('\n')).right(4000);
     host.reset();
+    if (!mounted.isEmpty())
+        ::umount2(QFile::encodeName(mounted).constData(), MNT_DETACH);
+    if (homeReadOnly)
+        setTreeWritable(home(), true);
     if (tmp) {
         // Whatever the fault, the files the user had are all still there, unchanged.
         QDir(home()).removeRecursively();
@@ -120,7 +154,7 @@ void FaultInjectionTest::writePort(quint16 port)
 
 void FaultInjectionTest::startHost()
 {
-    QVERIFY(host->start(env(), QStringLiteral(HDE_FM_BINARY)));
+    QVERIFY(host->start(env(), QStringLiteral(HDE_FM_BINARY), hostWrapper));
     host->send(QStringLiteral("open nubix:///"));
     const int ms = host->ping(kStartMs);
     QVERIFY2(ms >= 0, "the file manager did not start");
@@ -202,10 +236,12 @@ void FaultInjectionTest::misbehavingPeer_data()
     // The longest the file manager may take to answer while the fault lasts:
     // a whole message is parsed on the GUI thread, so a huge one holds it.
     QTest::addColumn<int>("limitMs");
-    QTest::newRow("accepts and never answers") << "silent" << qint64(0) << kAnswerMs;
-    QTest::newRow("stops reading while the plug-in sends") << "no-read" << qint64(0) << kAnswerMs;
-    QTest::newRow("one 50 MB message") << "message" << qint64(50) * 1024 * 1024 << 20000;
-    QTest::newRow("200 MB without a frame end") << "endless" << qint64(200) * 1024 * 1024 << kAnswerMs;
+    // What the log tells the user while the fault lasts, if anything.
+    QTest::addColumn<QString>("told");
+    QTest::newRow("accepts and never answers") << "silent" << qint64(0) << kAnswerMs << kNoAnswerLine;
+    QTest::newRow("stops reading while the plug-in sends") << "no-read" << qint64(0) << kAnswerMs << kNotReadLine;
+    QTest::newRow("one 50 MB message") << "message" << qint64(50) * 1024 * 1024 << 20000 << QString();
+    QTest::newRow("200 MB without a frame end") << "endless" << qint64(200) * 1024 * 1024 << kAnswerMs << QString();
 }
 
 void FaultInjectionTest::misbehavingPeer()
@@ -213,10 +249,19 @@ void FaultInjectionTest::misbehavingPeer()
     QFETCH(QString, behaviour);
     QFETCH(qint64, bytes);
     QFETCH(int, limitMs);
+    QFETCH(QString, told);
 
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
     writePort(server.serverPort());
+    if (behaviour == QLatin1String("no-read")) {
+        // The sync root known from an earlier session, so that every folder
+        // the user enters is asked for, answer or not.
+        QVERIFY(QDir().mkpath(QFileInfo(cacheFile()).absolutePath()));
+        QFile cache(cacheFile());
+        QVERIFY(cache.open(QIODevice::WriteOnly));
+        cache.write("[General]\nInited=true\nSyncRoot=" + QFile::encodeName(root) + '\n');
+    }
     startHost();
     // The connection may already have been taken in while the file manager started.
     QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), 15000);
@@ -226,12 +271,18 @@ void FaultInjectionTest::misbehavingPeer()
     qint64 sent = 0;
     QByteArray chunk;
     if (behaviour == QLatin1String("no-read")) {
-        // Read nothing, with the smallest buffers the kernel allows, so that the
-        // plug-in's writes pile up on its side.
+        // Read nothing, with the smallest buffers the kernel allows, while the
+        // user goes back and forth between two folders: each is asked for, and
+        // the requests pile up on the plug-in's side.
         peer->setReadBufferSize(1);
         peer->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 1024);
         for (int i = 0; i < 400; ++i)
-            host->send(kEnter);
+            host->send(i % 2 ? kEnter : QStringLiteral("cd last nubix:///sub"));
+        // The folders are entered one after the other (3 to 4 s, as with a
+        // peer that reads); the fault is measured once they are.
+        const int entered = host->ping(30000);
+        qInfo("400 folders entered in %d ms", entered);
+        QVERIFY(entered >= 0);
     } else if (bytes > 0) {
         const QByteArray head = R"({"type":"ping","data":{"method":"notify","from":"server","to":"client",)"
                                 R"("key":"{00000000-0000-0000-0000-000000000000","version":1,)"
@@ -252,6 +303,16 @@ void FaultInjectionTest::misbehavingPeer()
     }
 
     expectResponsive(2000, qPrintable(behaviour), limitMs);
+    if (!told.isEmpty()) {
+        // Told within seconds, while the file manager keeps answering.
+        QVERIFY2(host->waitErr(told, 20000) >= 0, qPrintable(QStringLiteral("not told: ") + told));
+        expectResponsive(500, qPrintable(behaviour + QStringLiteral(" told")));
+        // Told once, however many requests wait; a peer that reads is not
+        // taken for one that does not.
+        QCOMPARE(host->countErr(told), 1);
+        if (behaviour == QLatin1String("silent"))
+            QCOMPARE(host->countErr(kNotReadLine), 0);
+    }
     if (bytes > 0) {
         QTRY_VERIFY_WITH_TIMEOUT(sent >= bytes && peer->bytesToWrite() == 0, 120000);
         expectResponsive(1000, qPrintable(behaviour + QStringLiteral(" sent")), limitMs);
@@ -373,6 +434,8 @@ void FaultInjectionTest::badCacheFile_data()
     QTest::newRow("corrupt") << "corrupt";
     QTest::newRow("truncated") << "truncated";
     QTest::newRow("cannot be written") << "unwritable";
+    QTest::newRow("home read-only as a whole") << "read-only";
+    QTest::newRow("home full") << "full";
 }
 
 void FaultInjectionTest::badCacheFile()
@@ -380,6 +443,15 @@ void FaultInjectionTest::badCacheFile()
     QFETCH(QString, kind);
     const QString dir = QFileInfo(cacheFile()).absolutePath();
     QVERIFY(QDir().mkpath(dir));
+    if (kind == QLatin1String("full")) {
+        // A small file system of its own where the cache file lives, filled up.
+        if (::geteuid() != 0)
+            QSKIP("a full home needs a file system of its own: mounting one takes root");
+        if (::mount("tmpfs", QFile::encodeName(dir).constData(), "tmpfs", 0, "size=256k,mode=0755") != 0)
+            QSKIP(qPrintable(QStringLiteral("cannot mount a small file system: ") + qt_error_string(errno)));
+        mounted = dir;
+    }
+    const bool writable = kind == QLatin1String("corrupt") || kind == QLatin1String("truncated");
     QFile file(cacheFile());
     QVERIFY(file.open(QIODevice::WriteOnly));
     if (kind == QLatin1String("corrupt"))
@@ -391,24 +463,51 @@ void FaultInjectionTest::badCacheFile()
     file.close();
     if (kind == QLatin1String("unwritable")) {
         // A file where its folder should be: no one, root included, can write
-        // the cache, as in a full or read-only home.
+        // the cache.
         QVERIFY(QDir(dir).removeRecursively());
         QFile blocker(dir);
         QVERIFY(blocker.open(QIODevice::WriteOnly));
+    } else if (kind == QLatin1String("full")) {
+        QFile filler(dir + QStringLiteral("/filler"));
+        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QByteArray block(4096, 'f');
+        while (filler.write(block) == block.size()) { }
     }
+    const QByteArray cacheBefore = [&] {
+        QFile f(cacheFile());
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }();
 
     Sim sim;
     startSim(sim);
+    if (kind == QLatin1String("read-only")) {
+        // After the client wrote its port file; root must be held to the mode
+        // bits in the file manager, and root's effective rights come back at
+        // exec unless they leave the bounding set.
+        if (::geteuid() == 0) {
+            const QString setpriv = QStandardPaths::findExecutable(QStringLiteral("setpriv"));
+            if (setpriv.isEmpty())
+                QSKIP("running as root without setpriv, which would hold the file manager to the mode bits");
+            hostWrapper = QStringList {
+                setpriv, QStringLiteral("--bounding-set"), QStringLiteral("-dac_override,-dac_read_search,-fowner")};
+        }
+        homeReadOnly = true;
+        setTreeWritable(home(), false);
+    }
     startHost();
     QVERIFY(sim.waitErr(kConnectedLine, 15000) >= 0);
     expectResponsive(1500, qPrintable(QStringLiteral("with a cache file ") + kind));
-    if (kind == QLatin1String("unwritable")) {
+    if (!writable) {
         // The summary could not be kept: the user's log says so, and the plug-in
         // goes on with what it has in memory.
-        QVERIFY(host->waitErr(QStringLiteral("NubixCaches: Cannot write the cache file"), 10000) >= 0);
+        QVERIFY(host->waitErr(kCacheNotWrittenLine, 10000) >= 0);
         const int from = sim.err.size();
         host->send(kEnter);
         QVERIFY(sim.waitErr(QStringLiteral("getFileStatus"), 15000, from) >= 0);
+        expectResponsive(500, qPrintable(QStringLiteral("after entering, cache file ") + kind));
+        // What was there stays as it was: no half-written summary.
+        QFile f(cacheFile());
+        QCOMPARE(f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray(), cacheBefore);
     } else {
         // A good summary replaces the broken one.
         QTRY_VERIFY_WITH_TIMEOUT(

@@ -63,6 +63,7 @@ TcpClient::TcpClient(QObject *parent) : QObject(parent), thread(), sendWarningMs
             delete owned;
             buffer.clear();
             targetHost.clear();
+            workerDone.store(true, std::memory_order_release);
         },
         Qt::DirectConnection);
     // The socket is read and its bytes cut into messages in its own thread,
@@ -90,6 +91,9 @@ TcpClient::~TcpClient()
     nubixInfo() << "TcpClient: Destroying";
     thread.quit();
     thread.wait();
+    // Pairs with the worker's last writes: the wait alone orders them only
+    // inside Qt, which thread checkers do not see.
+    workerDone.load(std::memory_order_acquire);
     nubixInfo() << "TcpClient: Thread stopped, destruction complete";
 }
 

@@ -91,6 +91,8 @@ private:
     qint64 takenByClient = -1;   // of those, what the client had taken at the last look
     bool sendStalled = false;
     std::atomic<int> sendWarningMs;
+    // Set by the worker as it finishes, after its last write to the members above.
+    std::atomic<bool> workerDone {false};
 };
 
 }   // namespace hfmplugin_nubix

@@ -18,6 +18,8 @@
 
 #include <mutex>
 
+#include <sys/stat.h>
+
 namespace hfmplugin_nubix {
 
 namespace {
@@ -50,6 +52,73 @@ QUrl cloudUrl(const QString &path)
     const QString text = QStringLiteral("nubix://") + path;
     const QUrl url(text.trimmed(), QUrl::TolerantMode);
     return url.isValid() ? url : QUrl::fromUserInput(text);
+}
+// The settings reader turns a value written "@Variant(...)" into whatever
+// type its bytes name, and damaged bytes there crash it. This file only ever
+// holds plain booleans, numbers and a path, so a file with such a value,
+// spelt out or through escapes, is not one we wrote; it is left unread.
+// Larger than any file we write: not ours either.
+constexpr qint64 kMaxCacheFileBytes = 64 * 1024;
+
+bool holdsSerializedValue(const QByteArray &bytes)
+{
+    QByteArray plain;
+    plain.reserve(bytes.size());
+    for (int i = 0; i < bytes.size(); ++i) {
+        if (bytes.at(i) != '\\' || i + 1 >= bytes.size()) {
+            plain.append(bytes.at(i));
+            continue;
+        }
+        const char next = bytes.at(++i);
+        int base = 0;
+        int start = i;
+        if (next == 'x' || next == 'X') {
+            base = 16;
+            start = i + 1;
+        } else if (next >= '0' && next <= '7') {
+            base = 8;
+        }
+        if (base == 0) {
+            // A line break after a backslash continues the line.
+            if (next != '\n' && next != '\r')
+                plain.append(next);
+            continue;
+        }
+        int end = start;
+        uint code = 0;
+        while (end < bytes.size() && end - start < 8) {
+            const char c = bytes.at(end);
+            const int digit = (c >= '0' && c <= '9')   ? c - '0'
+                : (base == 16 && c >= 'a' && c <= 'f') ? c - 'a' + 10
+                : (base == 16 && c >= 'A' && c <= 'F') ? c - 'A' + 10
+                                                       : -1;
+            if (digit < 0 || digit >= base)
+                break;
+            code = code * uint(base) + uint(digit);
+            ++end;
+        }
+        plain.append(code < 0x80 ? char(code) : '?');
+        i = end - 1;
+    }
+    return plain.contains("@Variant(");
+}
+
+// Whether the settings reader may be given the file at all.
+bool safeToRead(const QString &path)
+{
+    struct stat info
+    {
+    };
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return true;   // nothing there: the reader finds no keys
+    // A FIFO would block the start, a device never end.
+    if (!S_ISREG(info.st_mode))
+        return false;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return true;   // unreadable: so it is for the reader too
+    const QByteArray bytes = file.read(kMaxCacheFileBytes + 1);
+    return bytes.size() <= kMaxCacheFileBytes && !holdsSerializedValue(bytes);
 }
 }   // namespace
 
@@ -266,6 +335,10 @@ QString NubixCaches::cachePath()
 
 void NubixCaches::loadCache()
 {
+    if (!safeToRead(cachePath())) {
+        nubixWarning() << "NubixCaches: Ignoring a damaged cache file" << cachePath();
+        return;
+    }
     QSettings settings(cachePath(), QSettings::IniFormat);
     if (settings.allKeys().isEmpty())
         return;
@@ -297,6 +370,10 @@ void NubixCaches::saveCache()
         syncCopy = sync;
         userCopy = user;
     }
+    // The settings object reads the file before it writes it: a damaged one
+    // is replaced, not read.
+    if (!safeToRead(cachePath()))
+        QFile::remove(cachePath());
     // The settings object writes the file when it goes out of scope. It sorts
     // the keys itself, so they do not appear in the order set here; readers go
     // by key, never by position.

@@ -70,7 +70,10 @@ QUrl NubixUtils::cloudToLocal(const QUrl &url)
         return QUrl();
 
     const QString root = NubixCaches::instance()->syncRoot();
-    return QUrl::fromLocalFile(root + url.path(QUrl::FullyDecoded));
+    const QUrl local = QUrl::fromLocalFile(root + url.path(QUrl::FullyDecoded));
+    // A path Qt cannot hold as a local file (with no root, "//[x" reads as a
+    // network host that fails to parse) names nothing of ours.
+    return local.isValid() ? local : QUrl();
 }
 
 bool NubixUtils::readyToAccess()

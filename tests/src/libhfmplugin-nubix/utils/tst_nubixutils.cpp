@@ -100,6 +100,8 @@ private Q_SLOTS:
         QTest::newRow("local url") << root << url("file:///x") << none;
         QTest::newRow("welcome page") << root << NubixUtils::loginRoot() << none;
         QTest::newRow("empty root") << none << url("nubix:///tmp/x") << "/tmp/x";
+        // "//[x" is a network host to Qt, and not a valid one.
+        QTest::newRow("empty root, path Qt cannot hold") << none << url("nubix:////[x") << none;
         QTest::newRow("root given with a trailing slash")
             << "/home/a/Drive/" << url("nubix:///x") << "/home/a/Drive//x";
     }

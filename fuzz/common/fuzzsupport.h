@@ -38,6 +38,8 @@ inline void setUp(int *argc, char ***argv, bool gui = false)
 class ReadSizes
 {
 public:
+    static constexpr int kMax = 512;
+
     explicit ReadSizes(uint8_t seed) : fixed(seed < 64 ? seed + 1 : 0), state(seed * 2654435761u + 1) { }
     int next()
     {
@@ -46,7 +48,7 @@ public:
         state ^= state << 13;
         state ^= state >> 17;
         state ^= state << 5;
-        return int(state % 512) + 1;
+        return int(state % kMax) + 1;
     }
 
 private:

@@ -10,6 +10,7 @@
 #include <QTextStream>
 
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -32,32 +33,43 @@ QJsonValue JsonPrivate::getValue(const QJsonObject &from, const QString &path)
     return current.value(keys.mid(start));
 }
 
-void JsonPrivate::setValue(QJsonObject &object, const QString &path, const QJsonValue &value)
+// Walks the path by views into it, without recursion: the objects on the
+// way are read top down, the last one changed, and all stored back bottom
+// up. A missing or non-object step becomes an empty object.
+template <typename Change> void JsonPrivate::change(QJsonObject &root, QStringView path, Change change)
 {
-    const int dot = path.indexOf(kSeparator);
-    if (dot < 0) {
-        object.insert(path, value);
-        return;
+    std::vector<QJsonObject> way;
+    std::vector<QStringView> keys;
+    way.push_back(std::move(root));
+    int start = 0;
+    for (int dot = int(path.indexOf(kSeparator)); dot >= 0; dot = int(path.indexOf(kSeparator, start))) {
+        keys.push_back(path.mid(start, dot - start));
+        way.push_back(way.back().value(keys.back()).toObject());
+        start = dot + 1;
     }
-    const QString key = path.left(dot);
-    QJsonObject child = object.value(key).toObject();
-    setValue(child, path.mid(dot + 1), value);
-    object.insert(key, child);
+    change(way.back(), path.mid(start));
+    for (size_t i = keys.size(); i > 0; --i)
+        way[i - 1].insert(keys[i - 1], way[i]);
+    root = std::move(way.front());
 }
 
-void JsonPrivate::remove(QJsonObject &object, const QString &path)
+void JsonPrivate::setValue(QJsonObject &object, QStringView path, const QJsonValue &value)
 {
-    const int dot = path.indexOf(kSeparator);
-    if (dot < 0) {
-        object.remove(path);
-        return;
-    }
-    // The same walk as setValue(): a missing or non-object step becomes an
-    // empty object, and every object on the way is stored back.
-    const QString key = path.left(dot);
-    QJsonObject child = object.value(key).toObject();
-    remove(child, path.mid(dot + 1));
-    object.insert(key, child);
+    change(object, path, [&value](QJsonObject &last, QStringView key) { last.insert(key, value); });
+}
+
+void JsonPrivate::remove(QJsonObject &object, QStringView path)
+{
+    // The same walk as setValue(): objects made or replaced on the way are kept.
+    change(object, path, [](QJsonObject &last, QStringView key) { last.remove(key); });
+}
+
+bool JsonPrivate::refused(const QString &path, const char *operation)
+{
+    if (path.count(kSeparator) < Json::kMaxPathKeys)
+        return false;
+    qCWarning(logJson) << "Json: refused to" << operation << "a path of more than" << Json::kMaxPathKeys << "keys";
+    return true;
 }
 
 namespace {
@@ -246,7 +258,8 @@ QStringList Json::getStringList(const QString &path, const QJsonObject &from) co
 
 void Json::set(const QString &path, const QJsonValue &value)
 {
-    JsonPrivate::setValue(d->root, path, value);
+    if (!JsonPrivate::refused(path, "set"))
+        JsonPrivate::setValue(d->root, path, value);
 }
 
 void Json::set(const QString &path, const QStringList &list)
@@ -256,7 +269,8 @@ void Json::set(const QString &path, const QStringList &list)
 
 void Json::remove(const QString &path)
 {
-    JsonPrivate::remove(d->root, path);
+    if (!JsonPrivate::refused(path, "remove"))
+        JsonPrivate::remove(d->root, path);
 }
 
 QString Json::toString(bool pretty) const

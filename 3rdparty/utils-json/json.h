@@ -39,6 +39,11 @@ public:
     QJsonArray getJsonArray(const QString &path, const QJsonObject &from = QJsonObject()) const;
     QStringList getStringList(const QString &path, const QJsonObject &from = QJsonObject()) const;
 
+    // set() and remove() leave the document alone, with a warning, for a path
+    // of more keys than this: Qt reads a document back only up to 1024 levels
+    // deep, values nested in the last key included.
+    static constexpr int kMaxPathKeys = 512;
+
     // Missing or non-object intermediate values become empty objects.
     void set(const QString &path, const QJsonValue &value);
     void set(const QString &path, const QStringList &list);

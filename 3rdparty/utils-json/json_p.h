@@ -10,8 +10,11 @@ class JsonPrivate
 {
 public:
     static QJsonValue getValue(const QJsonObject &from, const QString &path);
-    static void setValue(QJsonObject &object, const QString &path, const QJsonValue &value);
-    static void remove(QJsonObject &object, const QString &path);
+    static void setValue(QJsonObject &object, QStringView path, const QJsonValue &value);
+    static void remove(QJsonObject &object, QStringView path);
+    template <typename Change> static void change(QJsonObject &root, QStringView path, Change change);
+    // Whether the path has more keys than set() and remove() take; logs why.
+    static bool refused(const QString &path, const char *operation);
 
     QJsonObject root;
     QJsonDocument document;

@@ -33,6 +33,8 @@ private Q_SLOTS:
     void readsArrays();
     void changesByPath_data();
     void changesByPath();
+    void refusesTooLongPaths_data();
+    void refusesTooLongPaths();
     void reportsParseErrors_data();
     void reportsParseErrors();
     void emptyTextIsEmptyObject();
@@ -159,6 +161,39 @@ void TestJson::changesByPath()
     QCOMPARE(QJsonDocument::fromJson(json.toString().toUtf8()).object(), expected);
     if (!value.isUndefined())
         QCOMPARE(json.getJsonValue(path), value);
+}
+
+void TestJson::refusesTooLongPaths_data()
+{
+    QTest::addColumn<int>("keys");
+    QTest::addColumn<bool>("remove");
+    QTest::addColumn<bool>("changed");
+
+    QTest::newRow("set at the limit") << Json::kMaxPathKeys << false << true;
+    QTest::newRow("set past the limit") << Json::kMaxPathKeys + 1 << false << false;
+    QTest::newRow("remove at the limit") << Json::kMaxPathKeys << true << true;
+    QTest::newRow("remove past the limit") << Json::kMaxPathKeys + 1 << true << false;
+}
+
+void TestJson::refusesTooLongPaths()
+{
+    QFETCH(int, keys);
+    QFETCH(bool, remove);
+    QFETCH(bool, changed);
+
+    QStringList way;
+    for (int i = 0; i < keys; ++i)
+        way.append(text("k"));
+    const QString path = way.join(QLatin1Char('.'));
+    Json json(doc("{'a':1}"));
+    if (remove)
+        json.remove(path);
+    else
+        json.set(path, 2);
+    // Whatever is changed can be read back: Qt reads 1024 levels at most.
+    QCOMPARE(json.toString() != doc("{'a':1}"), changed);
+    QVERIFY(Json(json.toString()).isValid());
+    QCOMPARE(json.getJsonValue(path), remove || !changed ? QJsonValue(QJsonValue::Undefined) : QJsonValue(2));
 }
 
 void TestJson::reportsParseErrors_data()

@@ -6,7 +6,7 @@
 #   scripts/run-fuzz.sh [SECONDS]            each target for SECONDS (default 20)
 #   scripts/run-fuzz.sh --runs N             each target for N executions
 #   scripts/run-fuzz.sh [...] -- TARGET...   only these (framing envelope answers portfile json
-#                                            urls; inicache only when named)
+#                                            urls inicache)
 #
 # Prints one line of figures per target (executions, executions per second,
 # peak RSS, coverage) and exits non-zero when any target finds a crash, a
@@ -20,9 +20,7 @@ jobs=${NUBIX_JOBS:-$(nproc 2>/dev/null || echo 2)}
 artifacts=${NUBIX_FUZZ_ARTIFACTS:-$build/artifacts}
 
 limit=(-max_total_time=20)
-# inicache is left out of the default list until its open crash on a
-# corrupt "@Variant(" value is fixed (docs/reliability.md); name it to run it.
-targets=(framing envelope answers portfile json urls)
+targets=(framing envelope answers portfile json urls inicache)
 while [ $# -gt 0 ]; do
     case "$1" in
         --runs) limit=(-runs="$2"); shift 2 ;;

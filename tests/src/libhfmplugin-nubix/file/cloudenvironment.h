@@ -19,9 +19,6 @@
 class CloudEnvironment
 {
 public:
-    CloudEnvironment() = default;
-    Q_DISABLE_COPY(CloudEnvironment)
-
     // False when the folders or the fake host cannot be made.
     bool setUp()
     {

@@ -88,14 +88,10 @@ class TestNubixPlugin : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void readsHostVersion_data();
-    void readsHostVersion();
     void gatesOnHostVersion_data();
     void gatesOnHostVersion();
-    void runsForStartedPlugin();
-    void waitsForPluginToStart_data();
-    void waitsForPluginToStart();
-    void ignoresEmptyFunction();
+    void registersOnceThePluginStarted_data();
+    void registersOnceThePluginStarted();
     void everyShownWindowIsNoticed();
 };
 
@@ -111,43 +107,23 @@ void TestNubixPlugin::initTestCase()
     QVERIFY(failing->pluginState() != hpf::PluginMetaObject::kStarted);
 }
 
-void TestNubixPlugin::readsHostVersion_data()
-{
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<bool>("installed");
-    QTest::addColumn<QString>("version");
-
-    QTest::newRow("version line") << QByteArray("hde-file-manager 6.0.49.25\n") << true << QStringLiteral("6.0.49.25");
-    QTest::newRow("line among others") << QByteArray("loading\nhde-file-manager 6.0.50.1\nbye\n") << true
-                                       << QStringLiteral("6.0.50.1");
-    QTest::newRow("line of another program") << QByteArray("xhde-file-manager 9.9\n") << true << QString();
-    QTest::newRow("not installed") << QByteArray() << false << QString();
-}
-
-void TestNubixPlugin::readsHostVersion()
-{
-    QFETCH(QByteArray, output);
-    QFETCH(bool, installed);
-    QFETCH(QString, version);
-
-    const FakeHost host(output, installed);
-    const QByteArray oldPath = qgetenv("PATH");
-    qputenv("PATH", host.path());
-    const QString got = getHfmVersion();
-    qputenv("PATH", oldPath);
-    QCOMPARE(got, version);
-}
-
 void TestNubixPlugin::gatesOnHostVersion_data()
 {
     QTest::addColumn<QByteArray>("output");
     QTest::addColumn<bool>("installed");
+    QTest::addColumn<QString>("version");
     QTest::addColumn<bool>("runs");
 
-    QTest::newRow("exactly the minimum") << QByteArray("hde-file-manager 6.0.49.25\n") << true << true;
-    QTest::newRow("one below the minimum") << QByteArray("hde-file-manager 6.0.49.24\n") << true << false;
-    QTest::newRow("three-digit component") << QByteArray("hde-file-manager 6.0.100.1\n") << true << false;
-    QTest::newRow("no version printed") << QByteArray() << true << false;
+    QTest::newRow("exactly the minimum") << QByteArray("hde-file-manager 6.0.49.25\n") << true << "6.0.49.25" << true;
+    QTest::newRow("newer, line among others")
+        << QByteArray("loading\nhde-file-manager 6.0.50.1\nbye\n") << true << "6.0.50.1" << true;
+    QTest::newRow("one below the minimum")
+        << QByteArray("hde-file-manager 6.0.49.24\n") << true << "6.0.49.24" << false;
+    QTest::newRow("three-digit component")
+        << QByteArray("hde-file-manager 6.0.100.1\n") << true << "6.0.100.1" << false;
+    QTest::newRow("line of another program") << QByteArray("xhde-file-manager 9.9\n") << true << "" << false;
+    QTest::newRow("no version printed") << QByteArray() << true << "" << false;
+    QTest::newRow("not installed") << QByteArray() << false << "" << false;
 }
 
 void TestNubixPlugin::gatesOnHostVersion()
@@ -157,6 +133,12 @@ void TestNubixPlugin::gatesOnHostVersion()
     QFETCH(bool, runs);
 
     const FakeHost host(output, installed);
+    const QByteArray oldPath = qgetenv("PATH");
+    qputenv("PATH", host.path());
+    const QString version = getHfmVersion();
+    qputenv("PATH", oldPath);
+    QTEST(version, "version");
+
     QProcess child;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("PATH"), QString::fromLocal8Bit(host.path()));
@@ -197,51 +179,35 @@ void TestNubixPlugin::gatesOnHostVersion()
         QCOMPARE(url.toString(), QStringLiteral("nubix-login:///"));
 }
 
-void TestNubixPlugin::runsForStartedPlugin()
-{
-    NubixPlugin plugin;
-    int calls = 0;
-    plugin.doRegStuff(QStringLiteral("hfmplugin-probe-starting"), [&calls] { ++calls; });
-    QCOMPARE(calls, 1);
-    // Called at once and only then.
-    Q_EMIT hpf::Listener::instance()->pluginStarted(
-        QStringLiteral(HPF_PLUGIN_IID), QStringLiteral("hfmplugin-probe-starting"));
-    QCOMPARE(calls, 1);
-}
-
-void TestNubixPlugin::waitsForPluginToStart_data()
+void TestNubixPlugin::registersOnceThePluginStarted_data()
 {
     QTest::addColumn<QString>("name");
-
-    QTest::newRow("unknown plug-in") << QStringLiteral("hfmplugin-later");
-    QTest::newRow("loaded but not started") << QStringLiteral("hfmplugin-probe-failing");
+    QTest::addColumn<bool>("started");
+    QTest::newRow("started: at once, and only then") << "hfmplugin-probe-starting" << true;
+    QTest::newRow("unknown plug-in") << "hfmplugin-later" << false;
+    QTest::newRow("loaded but not started") << "hfmplugin-probe-failing" << false;
 }
 
-void TestNubixPlugin::waitsForPluginToStart()
+void TestNubixPlugin::registersOnceThePluginStarted()
 {
     QFETCH(QString, name);
+    QFETCH(bool, started);
 
     NubixPlugin plugin;
     int calls = 0;
     plugin.doRegStuff(name, [&calls] { ++calls; });
-    QCOMPARE(calls, 0);
-
+    QCOMPARE(calls, started ? 1 : 0);
     auto *listener = hpf::Listener::instance();
     Q_EMIT listener->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), QStringLiteral("hfmplugin-something-else"));
     Q_EMIT listener->pluginStarted(name, QStringLiteral("hfmplugin-something-else"));
-    QCOMPARE(calls, 0);
+    QCOMPARE(calls, started ? 1 : 0);
     Q_EMIT listener->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), name);
     QCOMPARE(calls, 1);
     Q_EMIT listener->pluginStarted(QString(), name);
-    QCOMPARE(calls, 2);
-}
-
-void TestNubixPlugin::ignoresEmptyFunction()
-{
-    NubixPlugin plugin;
-    plugin.doRegStuff(QStringLiteral("hfmplugin-probe-starting"), {});
-    plugin.doRegStuff(QStringLiteral("hfmplugin-empty"), {});
-    Q_EMIT hpf::Listener::instance()->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), QStringLiteral("hfmplugin-empty"));
+    QCOMPARE(calls, started ? 1 : 2);
+    // An empty function is never called.
+    plugin.doRegStuff(name, {});
+    Q_EMIT listener->pluginStarted(QStringLiteral(HPF_PLUGIN_IID), name);
 }
 
 // A window of another class that happens to look like the host's.

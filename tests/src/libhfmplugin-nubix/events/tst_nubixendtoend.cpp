@@ -5,191 +5,374 @@
 // commands. Checks are the file manager's own waits on its printed state,
 // and the files on disk.
 #include "e2eenvironment.h"
+#include "teststrings.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QtTest>
 
 #include <memory>
+
+namespace {
+
+// The ids of the visible actions of every menu the script printed, in order.
+QStringList menus(const QString &output)
+{
+    QStringList result;
+    const QStringList lines = output.split(QLatin1Char('\n'));
+    for (const QString &line : lines) {
+        const QJsonObject object = QJsonDocument::fromJson(line.toUtf8()).object();
+        if (!object.contains(QStringLiteral("menu")))
+            continue;
+        QStringList ids;
+        const QJsonArray actions = object.value(QStringLiteral("menu")).toArray();
+        for (const QJsonValue &action : actions) {
+            if (action.toObject().value(QStringLiteral("visible")).toBool())
+                ids << action.toObject().value(QStringLiteral("id")).toString();
+        }
+        result << ids.join(QLatin1Char(' '));
+    }
+    return result;
+}
+
+}   // namespace
 
 class TestNubixEndToEnd : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        s.reset(new E2eSession);
+        QVERIFY(writeFile(root() + QStringLiteral("/a.txt"), "a"));
+        QVERIFY(writeFile(root() + QStringLiteral("/sub/inner.txt"), "i"));
+        QVERIFY(writeFile(root() + QStringLiteral("/Private/p.txt"), "p"));
+        QVERIFY(writeFile(root() + QStringLiteral("/broken.bad"), "b"));
+        QVERIFY(writeFile(s->path(QStringLiteral("outside/o.txt")), "o"));
+    }
     void cleanup() { s.reset(); }
-    void windowsFollowTheSyncRoot();
-    void emblemsFollowTheClient();
-    void fileOperationsActOnLocalFiles();
+
+    void computerViewShowsTheDrive_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("checks");
+
+        const QString entry = QStringLiteral("computer/groups/[name=Disks]/entries/[name=Kelo Drive]");
+        QTest::newRow("quota: used and total on a bar")
+            << QString() << utf8List({"--used", "5368709120", "--total", "107374182400", "--quota", "107374182400"})
+            << QStringLiteral("wait-for state \"%1/sizeUsage\" 5368709120 15000\n"
+                              "expect \"%1/sizeTotal\" 107374182400\nexpect \"%1/showProgress\" true\n"
+                              "expect \"%1/description\" \"\"\nexpect \"%1/order\" 3\n"
+                              "expect \"%1/icon\" nubix-harddisk-individual\n")
+                   .arg(entry);
+        QTest::newRow("no fixed quota: the used space line")
+            << QString() << utf8List({"--used", "1073741824", "--quota", "-3"})
+            << QStringLiteral("wait-for state \"%1/description\" \"Used space 1024.0 MB\" 15000\n"
+                              "expect \"%1/showProgress\" false\nexpect \"%1/showUsageSize\" false\n")
+                   .arg(entry);
+        QTest::newRow("enterprise account icon")
+            << QString() << utf8List({"--enterprise"})
+            << QStringLiteral("wait-for state \"%1/icon\" nubix-harddisk-enterprise 15000\n").arg(entry);
+        // Run from the build tree, both sides find their translations, and the
+        // drive joins the host's own (translated) disk group.
+        const QString used
+            = QStringLiteral("wait-for state \"computer/groups/[name=%1]/entries/[name=Kelo Drive]/description\" "
+                             "\"%2 1024.0 MB\" 15000\n");
+        QTest::newRow("German session") << QStringLiteral("de_DE.UTF-8")
+                                        << utf8List({"--used", "1073741824", "--quota", "-3"})
+                                        << used.arg(QStringLiteral("Laufwerke"), QStringLiteral("Belegt:"));
+        QTest::newRow("Chinese session") << QStringLiteral("zh_CN.UTF-8")
+                                         << utf8List({"--used", "1073741824", "--quota", "-3"})
+                                         << used.arg(QStringLiteral("磁盘"), QStringLiteral("已用空间"));
+    }
+
+    void computerViewShowsTheDrive()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QStringList, arguments);
+        s->locale = locale;
+        QFETCH(QString, checks);
+        QVERIFY(startSimulator(QStringList {QStringLiteral("--root"), root()} + arguments));
+        // The entry reads the cache when the view repaints; revisiting repaints it.
+        const QString script = QStringLiteral("open nubix:///\nwait-for url last nubix:/// 15000\n"
+                                              "cd last computer:///\nwait-for url last computer:///\n")
+            + checks;
+        QVERIFY(host(script));
+    }
+
+    // The entry opens the welcome page, which the plug-in turns into the tree.
+    void activatingTheEntryEntersTheTree()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+        QVERIFY(host(QStringLiteral("open nubix-login:///\nwait 1500\ncd last computer:///\n"
+                                    "wait-for url last computer:///\nactivate last \"Kelo Drive\"\n"
+                                    "wait-for url last nubix:/// 15000\n")));
+    }
+
+    // The menu's content for each state is the scene's unit test.
+    void entryAndSidebarShareTheMenu()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--root"), root(), QStringLiteral("--paused")}));
+        QVERIFY(host(QStringLiteral("open computer:///\nwait 2000\nmenu entry last \"Kelo Drive\"\n"
+                                    "menu sidebar last \"Kelo Drive\"\n")));
+        const QString ids = QStringLiteral("nubix-open nubix-open-in-win nubix-open-main-panel nubix-sync-detail "
+                                           "nubix-trash-bin nubix-sync-resume nubix-upgrade-enterprise nubix-settings");
+        QCOMPARE(menus(s->fmOutput), (QStringList {ids, ids}));
+    }
+
+    void menuActionsReachTheClient()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+        const QString script = QStringLiteral(R"(open computer:///
+wait 2000
+menu-trigger entry last "Kelo Drive" nubix-open-main-panel
+menu-trigger entry last "Kelo Drive" nubix-sync-detail
+menu-trigger entry last "Kelo Drive" nubix-trash-bin
+menu-trigger entry last "Kelo Drive" nubix-settings
+menu-trigger entry last "Kelo Drive" nubix-sync-pause
+wait 1500
+menu-trigger entry last "Kelo Drive" nubix-sync-resume
+wait 1000
+menu-trigger entry last "Kelo Drive" nubix-open-in-win
+wait-for windows 2 10000
+wait-for url last nubix:/// 10000
+cd first computer:///
+menu-trigger entry first "Kelo Drive" nubix-open
+wait-for url first nubix:/// 10000
+)");
+        QVERIFY(host(script));
+        const QStringList navigated = s->simulatorLog(QStringLiteral("type=setting"))
+                                          .split(QLatin1Char('\n'))
+                                          .filter(QStringLiteral("navigate to page"));
+        QCOMPARE(navigated.size(), 4);
+        QVERIFY(navigated.at(0).endsWith(QLatin1String("type=home args=fileDocs")));
+        QVERIFY(navigated.at(1).endsWith(QLatin1String("type=sync args=syncList")));
+        QVERIFY(navigated.at(2).endsWith(QLatin1String("type=home args=fileRecycle")));
+        QVERIFY(navigated.at(3).contains(QLatin1String("type=setting")));
+    }
+
+    // The host's own file menu, run for the tree: a file opens as the local
+    // file, a folder stays in the tree.
+    void fileMenuOpensLocalFilesAndTreeFolders()
+    {
+        QVERIFY(writeFile(root() + QStringLiteral("/sub/b.txt"), "b"));
+        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+        const QString script = QStringLiteral(R"(open nubix:///
+wait-for item last a.txt 15000
+menu item last a.txt
+menu-trigger item last a.txt open
+wait-for state opened/# 1
+expect opened/0/url file://$ROOT/a.txt
+menu-trigger item last sub open
+wait-for url last nubix:///sub
+)");
+        QVERIFY(host(script));
+        QCOMPARE(menus(s->fmOutput), QStringList {QStringLiteral("open copy cut rename move-to-trash delete")});
+    }
+
+    void bannerStatesAndLinks()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+        const QString top = QStringLiteral("windows/0/tabs/0/top");
+        // Each state is reached through a link, so one script serves.
+        const QString script = QStringLiteral(R"(open nubix:///
+wait-for url last nubix:/// 15000
+wait-for state %1/icon fbnubix_drive_done 15000
+expect %1/text "Files have been synchronized"
+menu-trigger sidebar last "Kelo Drive" nubix-sync-pause
+wait-for state %1/icon fbnubix_drive_pause 10000
+expect %1/links '["SyncContinue"]'
+top-link last SyncContinue
+wait-for state %1/icon fbnubix_drive_done 10000
+)")
+                                   .arg(top);
+        QVERIFY(host(script));
+
+        // The client stops: the banner asks to start it.
+        // Seen by a file manager started afterwards, from the cached summary.
+        s->simulator(QStringLiteral("quit\n"));
+        QVERIFY(s->sim.waitForFinished(10000));
+        s->stopFileManager();
+        QVERIFY(host(QStringLiteral(R"(open nubix:///
+wait 1500
+wait-for state %1/icon fbnubix_drive_pause 15000
+expect %1/links '["LaunchApp"]'
+)")
+                         .arg(top)));
+    }
+
+    void welcomeButtonStartsAndConnects()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--no-root")}));
+        const QString script = QStringLiteral(R"(open nubix-login:///
+wait-for url last nubix-login:/// 10000
+expect windows/0/tabs/0/view/buttons '["Open Kelo Drive"]'
+click last "Open Kelo Drive"
+wait 1000
+)");
+        QVERIFY(host(script));
+        const QString answered = QStringLiteral("runs plug-in version 1.0.7");
+        QVERIFY(s->simulatorLog(answered).contains(answered));
+    }
+
+    void windowsFollowTheSyncRoot()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--no-root")}, true));
+
+        // Without a root every way into the tree shows the welcome page, without view buttons.
+        QVERIFY(host(QStringLiteral("open nubix:///\n"
+                                    "wait-for url last nubix-login:///\n"
+                                    "wait-for state windows/-1/titlebar/iconViewBtn false\n"
+                                    "expect windows/-1/titlebar/listViewBtn false\n"
+                                    "expect windows/-1/titlebar/detailSpaceBtn false\n"
+                                    "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
+                                    "new-tab last nubix:///\n"
+                                    "wait-for state windows/-1/tabs/1/url nubix-login:///\n"
+                                    "new-window nubix:///\n"
+                                    "wait-for windows 2\n"
+                                    "wait-for url last nubix-login:///\n"
+                                    "wait-for state sidebar/items/[url=nubix-login:///]/name \"Kelo Drive\"\n"
+                                    "expect windows/0/sidebar/highlighted nubix-login:///\n")));
+
+        // A root appears: every welcome page moves to the tree, which lists the files.
+        s->simulator(QStringLiteral("root %1\n").arg(root()));
+        QVERIFY(host(QStringLiteral("wait-for url first nubix:///\n"
+                                    "wait-for url last nubix:///\n"
+                                    "wait-for state windows/0/tabs/1/url nubix:///\n"
+                                    "wait-for item last a.txt\n"
+                                    "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
+                                    "expect windows/-1/titlebar/iconViewBtn true\n"
+                                    "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal\n"
+                                    "expect windows/-1/sidebar/highlighted nubix-login:///\n"
+                                    "activate last sub\n"
+                                    "wait-for url last nubix:///sub\n"
+                                    "wait-for item last inner.txt\n"
+                                    "expect windows/-1/tabs/0/name sub\n"
+                                    "expect windows/-1/sidebar/highlighted \"\"\n")));
+
+        // Cleared again: the tree windows go back to the welcome page.
+        s->simulator(QStringLiteral("root none\n"));
+        QVERIFY(host(QStringLiteral("wait-for url first nubix-login:///\n"
+                                    "wait-for url last nubix-login:///\n"
+                                    "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix-symbolic\n")));
+    }
+
+    void emblemsFollowTheClient()
+    {
+        QVERIFY(startSimulator({QStringLiteral("--root"), root(), QStringLiteral("--ban"), QStringLiteral("/Private"),
+                                   QStringLiteral("--fail-pattern"), QStringLiteral("*.bad")},
+            true));
+
+        const QString item = QStringLiteral("windows/-1/tabs/0/view/items/[name=%1]/emblems");
+        QVERIFY(host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
+                                    "open nubix:///\n"
+                                    "wait-for item last a.txt 10000\n"
+                                    "wait-for state %1 '[\"fbnubix_file_done\"]'\n"
+                                    "wait-for state %2 '[\"fbnubix_file_error\"]'\n"
+                                    "wait-for state %3 '[\"fbnubix_file_ban\"]'\n")
+                         .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("broken.bad")),
+                             item.arg(QStringLiteral("Private")))));
+
+        // A transfer in progress shows on its ".temp" file, then on the file it became.
+        s->simulator(QStringLiteral("pace 400\ndownload /fresh.txt 4000 4\n"));
+        QVERIFY(host(QStringLiteral("wait-for item last fresh.txt.temp\n"
+                                    "wait-for state %1 '[\"fbnubix_file_syncing\"]'\n"
+                                    "wait-for item last fresh.txt 10000\n"
+                                    "wait-for state %2 '[\"fbnubix_file_done\"]' 10000\n")
+                         .arg(item.arg(QStringLiteral("fresh.txt.temp")), item.arg(QStringLiteral("fresh.txt")))));
+
+        // A live change of status reaches the item.
+        s->simulator(QStringLiteral(
+            "notify fileSyncStatus {\"fileid\":1,\"isDir\":false,\"path\":\"/a.txt\",\"plan\":\"upload\","
+            "\"plan_error\":0,\"plan_status\":2}\n"));
+        QVERIFY(host(
+            QStringLiteral("wait-for state %1 '[\"fbnubix_file_syncing\"]'\n").arg(item.arg(QStringLiteral("a.txt")))));
+
+        // The client goes away: no stale state is shown.
+        s->simulator(QStringLiteral("quit\n"));
+        QVERIFY(host(QStringLiteral("wait-for state %1 []\n"
+                                    "wait-for state %2 []\n")
+                         .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("Private")))));
+    }
+
+    void fileOperationsActOnLocalFiles()
+    {
+        QVERIFY(writeFile(root() + QStringLiteral("/partial.txt.temp"), "half"));
+        QVERIFY(writeFile(root() + QStringLiteral("/gone.txt"), "g"));
+        QVERIFY(writeFile(root() + QStringLiteral("/trashme.txt"), "t"));
+        QVERIFY(writeFile(root() + QStringLiteral("/moved.txt"), "m"));
+        QVERIFY(startSimulator({QStringLiteral("--root"), root()}, true));
+
+        QVERIFY(host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
+                                    "open nubix:///\n"
+                                    "wait-for item last a.txt 10000\n"
+                                    // A transfer in progress: one dialog, nothing opened.
+                                    "activate last partial.txt.temp\n"
+                                    "wait-for dialogs 1\n"
+                                    "expect dialogs/# 1\n"
+                                    "expect dialogs/0/title \"Open failed\"\n"
+                                    "expect opened/# 0\n"
+                                    // A synced file opens the local file.
+                                    "activate last a.txt\n"
+                                    "wait-for state opened/# 1\n"
+                                    "expect opened/0/url file://$ROOT/a.txt\n"
+                                    "expect dialogs/# 1\n"
+                                    "copy last nubix:/// $OUT/o.txt\n"
+                                    "wait-for idle\n"
+                                    "copy last $OUT nubix:///sub/inner.txt\n"
+                                    "wait-for idle\n"
+                                    "cut last nubix:///sub $ROOT/moved.txt\n"
+                                    "wait-for idle\n"
+                                    "mkdir last nubix:///made\n"
+                                    "touch last nubix:/// txt\n"
+                                    "rename last nubix:///a.txt b.txt\n"
+                                    // The renamed item is selected under the tree's own URL.
+                                    "wait-for state windows/-1/tabs/0/view/items/[name=b.txt]/selected true\n"
+                                    "expect windows/-1/tabs/0/view/items/[name=b.txt]/url nubix:///b.txt\n"
+                                    "expect windows/-1/tabs/0/view/items/[name=made]/selected false\n"
+                                    "delete last nubix:///gone.txt\n"
+                                    "wait-for idle\n"
+                                    "trash last nubix:///trashme.txt\n"
+                                    "wait-for idle\n"
+                                    "link last nubix:///b.txt $OUT/b.link\n"
+                                    "chmod last nubix:///b.txt 600\n"
+                                    "hide last nubix:///sub/inner.txt\n"
+                                    "wait-for idle\n"
+                                    "wait-for item last b.txt\n"
+                                    "wait-for state results/[event=1002]/targets/0 nubix:///b.txt\n")));
+
+        const QString r = root() + QLatin1Char('/');
+        for (const char *made : {"o.txt", "sub/inner.txt", "sub/moved.txt", "New Document.txt", "b.txt",
+                 "../outside/inner.txt", "../home/.local/share/Trash/files/trashme.txt"})
+            QVERIFY2(QFile::exists(r + QLatin1String(made)), made);
+        for (const char *gone : {"moved.txt", "a.txt", "gone.txt", "trashme.txt"})
+            QVERIFY2(!QFile::exists(r + QLatin1String(gone)), gone);
+        QVERIFY(QFileInfo(r + QStringLiteral("made")).isDir());
+        QCOMPARE(QFileInfo(s->path(QStringLiteral("outside/b.link"))).symLinkTarget(), r + QStringLiteral("b.txt"));
+        QCOMPARE(QFileInfo(r + QStringLiteral("b.txt")).permissions() & QFileDevice::Permissions(0x7777),
+            QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser | QFileDevice::WriteUser);
+        QFile hidden(r + QStringLiteral("sub/.hidden"));
+        QVERIFY(hidden.open(QIODevice::ReadOnly));
+        QVERIFY(hidden.readAll().split('\n').contains("inner.txt"));
+        QVERIFY(!QFile::exists(QDir::currentPath() + QStringLiteral("/files")));
+    }
 
 private:
     QString root() const { return s->root(); }
-    bool startSimulator(const QStringList &arguments)
+    // The tree's own cases pace the transfers and leave out the periodic rescan.
+    bool startSimulator(const QStringList &arguments, bool paced = false)
     {
-        return s->startSimulator(QStringList {QStringLiteral("--pace-ms"), QStringLiteral("100"),
-                                     QStringLiteral("--rescan-ms"), QStringLiteral("0")}
-            + arguments);
+        const QStringList pace {
+            QStringLiteral("--pace-ms"), QStringLiteral("100"), QStringLiteral("--rescan-ms"), QStringLiteral("0")};
+        return s->startSimulator(paced ? pace + arguments : arguments);
     }
-    bool host(const QString &lines, int timeoutMs = 20000) { return s->host(lines, timeoutMs); }
+    bool host(const QString &lines, int timeoutMs = 60000) { return s->host(lines, timeoutMs); }
 
     std::unique_ptr<E2eSession> s;
 };
-
-void TestNubixEndToEnd::init()
-{
-    s.reset(new E2eSession);
-    QVERIFY(writeFile(root() + QStringLiteral("/a.txt"), "a"));
-    QVERIFY(writeFile(root() + QStringLiteral("/sub/inner.txt"), "i"));
-    QVERIFY(writeFile(root() + QStringLiteral("/Private/p.txt"), "p"));
-    QVERIFY(writeFile(root() + QStringLiteral("/broken.bad"), "b"));
-    QVERIFY(writeFile(s->path(QStringLiteral("outside/o.txt")), "o"));
-}
-
-void TestNubixEndToEnd::windowsFollowTheSyncRoot()
-{
-    QVERIFY(startSimulator({QStringLiteral("--no-root")}));
-
-    // Without a root every way into the tree shows the welcome page, without view buttons.
-    QVERIFY(host(QStringLiteral("open nubix:///\n"
-                                "wait-for url last nubix-login:///\n"
-                                "wait-for state windows/-1/titlebar/iconViewBtn false\n"
-                                "expect windows/-1/titlebar/listViewBtn false\n"
-                                "expect windows/-1/titlebar/detailSpaceBtn false\n"
-                                "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
-                                "new-tab last nubix:///\n"
-                                "wait-for state windows/-1/tabs/1/url nubix-login:///\n"
-                                "new-window nubix:///\n"
-                                "wait-for windows 2\n"
-                                "wait-for url last nubix-login:///\n"
-                                "wait-for state sidebar/items/[url=nubix-login:///]/name \"Kelo Drive\"\n"
-                                "expect windows/0/sidebar/highlighted nubix-login:///\n")));
-
-    // A root appears: every welcome page moves to the tree, which lists the files.
-    s->simulator(QStringLiteral("root %1\n").arg(root()));
-    QVERIFY(host(QStringLiteral("wait-for url first nubix:///\n"
-                                "wait-for url last nubix:///\n"
-                                "wait-for state windows/0/tabs/1/url nubix:///\n"
-                                "wait-for item last a.txt\n"
-                                "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
-                                "expect windows/-1/titlebar/iconViewBtn true\n"
-                                "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal\n"
-                                "expect windows/-1/sidebar/highlighted nubix-login:///\n"
-                                "activate last sub\n"
-                                "wait-for url last nubix:///sub\n"
-                                "wait-for item last inner.txt\n"
-                                "expect windows/-1/tabs/0/name sub\n"
-                                "expect windows/-1/sidebar/highlighted \"\"\n")));
-
-    // Cleared again: the tree windows go back to the welcome page.
-    s->simulator(QStringLiteral("root none\n"));
-    QVERIFY(host(QStringLiteral("wait-for url first nubix-login:///\n"
-                                "wait-for url last nubix-login:///\n"
-                                "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix-symbolic\n")));
-}
-
-void TestNubixEndToEnd::emblemsFollowTheClient()
-{
-    QVERIFY(startSimulator({QStringLiteral("--root"), root(), QStringLiteral("--ban"), QStringLiteral("/Private"),
-        QStringLiteral("--fail-pattern"), QStringLiteral("*.bad")}));
-
-    const QString item = QStringLiteral("windows/-1/tabs/0/view/items/[name=%1]/emblems");
-    QVERIFY(host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
-                                "open nubix:///\n"
-                                "wait-for item last a.txt 10000\n"
-                                "wait-for state %1 '[\"fbnubix_file_done\"]'\n"
-                                "wait-for state %2 '[\"fbnubix_file_error\"]'\n"
-                                "wait-for state %3 '[\"fbnubix_file_ban\"]'\n")
-                     .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("broken.bad")),
-                         item.arg(QStringLiteral("Private")))));
-
-    // A transfer in progress shows on its ".temp" file, then on the file it became.
-    s->simulator(QStringLiteral("pace 400\ndownload /fresh.txt 4000 4\n"));
-    QVERIFY(host(QStringLiteral("wait-for item last fresh.txt.temp\n"
-                                "wait-for state %1 '[\"fbnubix_file_syncing\"]'\n"
-                                "wait-for item last fresh.txt 10000\n"
-                                "wait-for state %2 '[\"fbnubix_file_done\"]' 10000\n")
-                     .arg(item.arg(QStringLiteral("fresh.txt.temp")), item.arg(QStringLiteral("fresh.txt")))));
-
-    // A live change of status reaches the item.
-    s->simulator(
-        QStringLiteral("notify fileSyncStatus {\"fileid\":1,\"isDir\":false,\"path\":\"/a.txt\",\"plan\":\"upload\","
-                       "\"plan_error\":0,\"plan_status\":2}\n"));
-    QVERIFY(host(
-        QStringLiteral("wait-for state %1 '[\"fbnubix_file_syncing\"]'\n").arg(item.arg(QStringLiteral("a.txt")))));
-
-    // The client goes away: no stale state is shown.
-    s->simulator(QStringLiteral("quit\n"));
-    QVERIFY(host(QStringLiteral("wait-for state %1 []\n"
-                                "wait-for state %2 []\n")
-                     .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("Private")))));
-}
-
-void TestNubixEndToEnd::fileOperationsActOnLocalFiles()
-{
-    QVERIFY(writeFile(root() + QStringLiteral("/partial.txt.temp"), "half"));
-    QVERIFY(writeFile(root() + QStringLiteral("/gone.txt"), "g"));
-    QVERIFY(writeFile(root() + QStringLiteral("/trashme.txt"), "t"));
-    QVERIFY(writeFile(root() + QStringLiteral("/moved.txt"), "m"));
-    QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
-
-    QVERIFY(host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
-                                "open nubix:///\n"
-                                "wait-for item last a.txt 10000\n"
-                                // A transfer in progress: one dialog, nothing opened.
-                                "activate last partial.txt.temp\n"
-                                "wait-for dialogs 1\n"
-                                "expect dialogs/# 1\n"
-                                "expect dialogs/0/title \"Open failed\"\n"
-                                "expect opened/# 0\n"
-                                // A synced file opens the local file.
-                                "activate last a.txt\n"
-                                "wait-for state opened/# 1\n"
-                                "expect opened/0/url file://$ROOT/a.txt\n"
-                                "expect dialogs/# 1\n"
-                                "copy last nubix:/// $OUT/o.txt\n"
-                                "wait-for idle\n"
-                                "copy last $OUT nubix:///sub/inner.txt\n"
-                                "wait-for idle\n"
-                                "cut last nubix:///sub $ROOT/moved.txt\n"
-                                "wait-for idle\n"
-                                "mkdir last nubix:///made\n"
-                                "touch last nubix:/// txt\n"
-                                "rename last nubix:///a.txt b.txt\n"
-                                // The renamed item is selected under the tree's own URL.
-                                "wait-for state windows/-1/tabs/0/view/items/[name=b.txt]/selected true\n"
-                                "expect windows/-1/tabs/0/view/items/[name=b.txt]/url nubix:///b.txt\n"
-                                "expect windows/-1/tabs/0/view/items/[name=made]/selected false\n"
-                                "delete last nubix:///gone.txt\n"
-                                "wait-for idle\n"
-                                "trash last nubix:///trashme.txt\n"
-                                "wait-for idle\n"
-                                "link last nubix:///b.txt $OUT/b.link\n"
-                                "chmod last nubix:///b.txt 600\n"
-                                "hide last nubix:///sub/inner.txt\n"
-                                "wait-for idle\n"
-                                "wait-for item last b.txt\n"
-                                "wait-for state results/[event=1002]/targets/0 nubix:///b.txt\n")));
-
-    const QString r = root() + QLatin1Char('/');
-    QVERIFY(QFile::exists(r + QStringLiteral("o.txt")));
-    QVERIFY(QFile::exists(s->path(QStringLiteral("outside/inner.txt"))));
-    QVERIFY(QFile::exists(r + QStringLiteral("sub/inner.txt")));
-    QVERIFY(QFile::exists(r + QStringLiteral("sub/moved.txt")));
-    QVERIFY(!QFile::exists(r + QStringLiteral("moved.txt")));
-    QVERIFY(QFileInfo(r + QStringLiteral("made")).isDir());
-    QVERIFY(QFile::exists(r + QStringLiteral("New Document.txt")));
-    QVERIFY(QFile::exists(r + QStringLiteral("b.txt")));
-    QVERIFY(!QFile::exists(r + QStringLiteral("a.txt")));
-    QVERIFY(!QFile::exists(r + QStringLiteral("gone.txt")));
-    QVERIFY(!QFile::exists(r + QStringLiteral("trashme.txt")));
-    QVERIFY(QFile::exists(s->path(QStringLiteral("home/.local/share/Trash/files/trashme.txt"))));
-    QCOMPARE(QFileInfo(s->path(QStringLiteral("outside/b.link"))).symLinkTarget(), r + QStringLiteral("b.txt"));
-    QCOMPARE(QFileInfo(r + QStringLiteral("b.txt")).permissions() & QFileDevice::Permissions(0x7777),
-        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser | QFileDevice::WriteUser);
-    QFile hidden(r + QStringLiteral("sub/.hidden"));
-    QVERIFY(hidden.open(QIODevice::ReadOnly));
-    QVERIFY(hidden.readAll().split('\n').contains("inner.txt"));
-    QVERIFY(!QFile::exists(QDir::currentPath() + QStringLiteral("/files")));
-}
 
 QTEST_GUILESS_MAIN(TestNubixEndToEnd)
 #include "tst_nubixendtoend.moc"

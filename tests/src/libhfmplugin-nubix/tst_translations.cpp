@@ -95,94 +95,73 @@ class TestTranslations : public QObject
     Q_OBJECT
 
 private slots:
-    void everyTextTranslated_data();
-    void everyTextTranslated();
-    void markupKept_data();
-    void markupKept();
-    void hostGroupNamesAgree();
-};
-
-void TestTranslations::everyTextTranslated_data()
-{
-    QTest::addColumn<QString>("tsFile");
-    QTest::addColumn<QStringList>("scan");
-    const auto all = catalogues();
-    for (auto it = all.cbegin(); it != all.cend(); ++it)
-        QTest::newRow(qPrintable(it.key())) << it->tsFile << it->scan;
-}
-
-void TestTranslations::everyTextTranslated()
-{
-    QFETCH(QString, tsFile);
-    QFETCH(QStringList, scan);
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString copy = dir.filePath(QFileInfo(tsFile).fileName());
-    QVERIFY2(QFile::copy(tsFile, copy), qPrintable(tsFile));
-
-    // Obsolete entries are kept so that texts gone from the code show up too.
-    QProcess lupdate;
-    lupdate.start(QStringLiteral(NUBIX_LUPDATE),
-        QStringList {QStringLiteral("-silent"), QStringLiteral("-locations"), QStringLiteral("none")} + scan
-            + QStringList {QStringLiteral("-ts"), copy});
-    QVERIFY(lupdate.waitForFinished(60000));
-    QVERIFY2(lupdate.exitCode() == 0, lupdate.readAllStandardError().constData());
-
-    const QList<Message> messages = readTs(copy);
-    QVERIFY(!messages.isEmpty());
-    QStringList problems;
-    for (const Message &m : messages) {
-        if (!m.type.isEmpty())
-            problems.append(QStringLiteral("%1 (%2): \"%3\"").arg(m.type, m.context, m.source));
-        else if (m.translation.trimmed().isEmpty())
-            problems.append(QStringLiteral("empty (%1): \"%2\"").arg(m.context, m.source));
+    void everyTextTranslated_data()
+    {
+        QTest::addColumn<QString>("tsFile");
+        QTest::addColumn<QStringList>("scan");
+        const auto all = catalogues();
+        for (auto it = all.cbegin(); it != all.cend(); ++it)
+            QTest::newRow(qPrintable(it.key())) << it->tsFile << it->scan;
     }
-    if (!problems.isEmpty())
-        problems.prepend(QStringLiteral("%1 needs work: build the target hfmplugin-nubix-translations-lupdate "
-                                        "(or hde-file-manager-translations-lupdate) and translate:")
-                             .arg(QFileInfo(tsFile).fileName()));
-    QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
-}
 
-void TestTranslations::markupKept_data()
-{
-    everyTextTranslated_data();
-}
+    void everyTextTranslated()
+    {
+        QFETCH(QString, tsFile);
+        QFETCH(QStringList, scan);
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QString copy = dir.filePath(QFileInfo(tsFile).fileName());
+        QVERIFY2(QFile::copy(tsFile, copy), qPrintable(tsFile));
 
-void TestTranslations::markupKept()
-{
-    QFETCH(QString, tsFile);
-    QStringList problems;
-    const QList<Message> messages = readTs(tsFile);
-    for (const Message &m : messages) {
-        if (!m.type.isEmpty())
-            problems.append(QStringLiteral("%1 (%2): \"%3\"").arg(m.type, m.context, m.source));
-        else if (structure(m.source) != structure(m.translation))
-            problems.append(QStringLiteral("%1: \"%2\" -> \"%3\"").arg(m.context, m.source, m.translation));
+        // Obsolete entries are kept so that texts gone from the code show up too.
+        QProcess lupdate;
+        lupdate.start(QStringLiteral(NUBIX_LUPDATE),
+            QStringList {QStringLiteral("-silent"), QStringLiteral("-locations"), QStringLiteral("none")} + scan
+                + QStringList {QStringLiteral("-ts"), copy});
+        QVERIFY(lupdate.waitForFinished(60000));
+        QVERIFY2(lupdate.exitCode() == 0, lupdate.readAllStandardError().constData());
+
+        const QList<Message> messages = readTs(copy);
+        QVERIFY(!messages.isEmpty());
+        QStringList problems;
+        for (const Message &m : messages) {
+            if (!m.type.isEmpty())
+                problems.append(QStringLiteral("%1 (%2): \"%3\"").arg(m.type, m.context, m.source));
+            else if (m.translation.trimmed().isEmpty())
+                problems.append(QStringLiteral("empty (%1): \"%2\"").arg(m.context, m.source));
+            else if (structure(m.source) != structure(m.translation))
+                problems.append(
+                    QStringLiteral("markup (%1): \"%2\" -> \"%3\"").arg(m.context, m.source, m.translation));
+        }
+        if (!problems.isEmpty())
+            problems.prepend(QStringLiteral("%1 needs work: build the target hfmplugin-nubix-translations-lupdate "
+                                            "(or hde-file-manager-translations-lupdate) and translate:")
+                                 .arg(QFileInfo(tsFile).fileName()));
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
     }
-    QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
-}
 
-// The plug-in names the host's groups in the host's context; both sides must
-// say the same, or the drive ends up in a group of its own.
-void TestTranslations::hostGroupNamesAgree()
-{
-    const auto all = catalogues();
-    for (const QString &lang : {QStringLiteral("de"), QStringLiteral("zh_CN")}) {
-        QHash<QPair<QString, QString>, QString> host;
-        const QList<Message> hostMessages = readTs(all.value(QStringLiteral("host ") + lang).tsFile);
-        for (const Message &m : hostMessages)
-            host.insert({m.context, m.source}, m.translation);
-        QVERIFY(host.contains({QStringLiteral("hfmplugin_computer::ComputerItemWatcher"), QStringLiteral("Disks")}));
-        const QList<Message> pluginMessages = readTs(all.value(QStringLiteral("plug-in ") + lang).tsFile);
-        for (const Message &m : pluginMessages) {
-            if (!m.context.startsWith(QLatin1String("hfmplugin_computer::")))
-                continue;
-            QVERIFY2(host.contains({m.context, m.source}), qPrintable(m.source));
-            QCOMPARE(m.translation, host.value({m.context, m.source}));
+    // The plug-in names the host's groups in the host's context; both sides must
+    // say the same, or the drive ends up in a group of its own.
+    void hostGroupNamesAgree()
+    {
+        const auto all = catalogues();
+        for (const QString &lang : {QStringLiteral("de"), QStringLiteral("zh_CN")}) {
+            QHash<QPair<QString, QString>, QString> host;
+            const QList<Message> hostMessages = readTs(all.value(QStringLiteral("host ") + lang).tsFile);
+            for (const Message &m : hostMessages)
+                host.insert({m.context, m.source}, m.translation);
+            QVERIFY(
+                host.contains({QStringLiteral("hfmplugin_computer::ComputerItemWatcher"), QStringLiteral("Disks")}));
+            const QList<Message> pluginMessages = readTs(all.value(QStringLiteral("plug-in ") + lang).tsFile);
+            for (const Message &m : pluginMessages) {
+                if (!m.context.startsWith(QLatin1String("hfmplugin_computer::")))
+                    continue;
+                QVERIFY2(host.contains({m.context, m.source}), qPrintable(m.source));
+                QCOMPARE(m.translation, host.value({m.context, m.source}));
+            }
         }
     }
-}
+};
 
 QTEST_GUILESS_MAIN(TestTranslations)
 #include "tst_translations.moc"

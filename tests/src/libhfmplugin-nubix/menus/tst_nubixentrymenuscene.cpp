@@ -97,25 +97,22 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("flags");
         QTest::addColumn<QStringList>("ids");
 
-        const QStringList open {QStringLiteral("nubix-open"), QStringLiteral("nubix-open-in-win")};
-        const QStringList pages {QStringLiteral("nubix-open-main-panel"), QStringLiteral("nubix-sync-detail"),
-            QStringLiteral("nubix-trash-bin")};
-        QTest::newRow("personal, syncing") << QByteArray("rc")
-                                           << open + pages
-                + QStringList {QStringLiteral("nubix-sync-pause"), QStringLiteral("nubix-upgrade-enterprise"),
-                    QStringLiteral("nubix-settings")};
-        QTest::newRow("personal, paused: resume, not pause") << QByteArray("rcp")
-                                                             << open + pages
-                + QStringList {QStringLiteral("nubix-sync-resume"), QStringLiteral("nubix-upgrade-enterprise"),
-                    QStringLiteral("nubix-settings")};
-        QTest::newRow("private deployment: no upgrade") << QByteArray(
-            "r") << open + pages + QStringList {QStringLiteral("nubix-sync-pause"), QStringLiteral("nubix-settings")};
-        QTest::newRow("private deployment, paused") << QByteArray(
-            "rp") << open + pages + QStringList {QStringLiteral("nubix-sync-resume"), QStringLiteral("nubix-settings")};
-        QTest::newRow("client stopped: open only") << QByteArray("rcd") << open;
-        QTest::newRow("client stopped while paused") << QByteArray("rcpd") << open;
-        QTest::newRow("root not ready: open only") << QByteArray("c") << open;
-        QTest::newRow("root not ready, paused") << QByteArray("p") << open;
+        // The ids after the two open actions, without their "nubix-".
+        const auto row = [](const char *name, const char *flags, const char *more = "") {
+            QStringList ids {QStringLiteral("nubix-open"), QStringLiteral("nubix-open-in-win")};
+            for (const QString &id : QString::fromLatin1(more).split(QLatin1Char(' '), Qt::SkipEmptyParts))
+                ids << QStringLiteral("nubix-") + id;
+            QTest::newRow(name) << QByteArray(flags) << ids;
+        };
+        row("personal, syncing", "rc", "open-main-panel sync-detail trash-bin sync-pause upgrade-enterprise settings");
+        row("personal, paused: resume, not pause", "rcp",
+            "open-main-panel sync-detail trash-bin sync-resume upgrade-enterprise settings");
+        row("private deployment: no upgrade", "r", "open-main-panel sync-detail trash-bin sync-pause settings");
+        row("private deployment, paused", "rp", "open-main-panel sync-detail trash-bin sync-resume settings");
+        row("client stopped: open only", "rcd");
+        row("client stopped while paused", "rcpd");
+        row("root not ready: open only", "c");
+        row("root not ready, paused", "p");
     }
     void menuByState()
     {
@@ -146,6 +143,8 @@ private Q_SLOTS:
 
         QTest::newRow("pause") << "nubix-sync-pause" << QStringList {QStringLiteral("setSyncPause {}")};
         QTest::newRow("resume") << "nubix-sync-resume" << QStringList {QStringLiteral("setSyncResume {}")};
+        // Not handled here: left to the sub-scenes.
+        QTest::newRow("another scene's action") << "open-in-new-tab" << QStringList();
     }
     void actionsReachTheClient()
     {
@@ -156,7 +155,8 @@ private Q_SLOTS:
         QAction action;
         action.setProperty(kActionID, id);
         events.clear();
-        QVERIFY(scene.triggered(&action));
+        QCOMPARE(scene.triggered(&action), !sent.isEmpty());
+        QVERIFY(!scene.triggered(nullptr));
         QCOMPARE(client.drain(), sent);
         QCOMPARE(events, QStringList());
     }
@@ -184,19 +184,6 @@ private Q_SLOTS:
         QFile opened(record);
         QVERIFY(opened.open(QIODevice::ReadOnly));
         QCOMPARE(opened.readAll(), QByteArray(NubixEntryMenuScene::kEnterprisePricingUrl) + '|');
-        QVERIFY(QUrl(QString::fromLatin1(NubixEntryMenuScene::kEnterprisePricingUrl)).isValid());
-        QCOMPARE(client.drain(), QStringList());
-    }
-
-    void otherActionsGoToSubScenes()
-    {
-        NubixEntryMenuScene scene;
-        QAction foreign;
-        foreign.setProperty(kActionID, QStringLiteral("open-in-new-tab"));
-        events.clear();
-        QVERIFY(!scene.triggered(&foreign));
-        QVERIFY(!scene.triggered(nullptr));
-        QCOMPARE(events, QStringList());
         QCOMPARE(client.drain(), QStringList());
     }
 

@@ -82,24 +82,12 @@ private Q_SLOTS:
         QCOMPARE(entity.sizeTotal(), qint64(4096));
     }
 
-    void iconByRootAndAccount_data()
+    void iconWithoutRootIsThePersonalOne()
     {
-        QTest::addColumn<QString>("root");
-        QTest::addColumn<bool>("publicCloud");
-        QTest::addColumn<QString>("icon");
-
-        QTest::newRow("no root, personal account") << QString() << true << "nubix-harddisk";
-    }
-    void iconByRootAndAccount()
-    {
-        QFETCH(QString, root);
-        QFETCH(bool, publicCloud);
-        QFETCH(QString, icon);
-
-        setState(root, publicCloud, 0, 0, 0);
+        setState(QString(), true, 0, 0, 0);
         const NubixEntryEntity entity(NubixUtils::computerEntryUrl());
-        QCOMPARE(entity.iconName(), icon);
-        QCOMPARE(entity.icon().name(), QIcon::fromTheme(icon).name());
+        QCOMPARE(entity.iconName(), QStringLiteral("nubix-harddisk"));
+        QCOMPARE(entity.icon().name(), QIcon::fromTheme(QStringLiteral("nubix-harddisk")).name());
     }
 
     void answersFollowTheCacheWithoutRefresh()

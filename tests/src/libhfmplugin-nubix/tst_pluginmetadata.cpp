@@ -22,56 +22,53 @@ const QString kName = QStringLiteral("hfmplugin-nubix");
 class TestPluginMetadata : public QObject
 {
     Q_OBJECT
+
 private Q_SLOTS:
-    void initTestCase();
-    void lifeCycleReadsMetadata();
-    void hostLoadsAndStartsIt();
+    void initTestCase()
+    {
+        // Only this module in the plug-in path, and a host new enough on PATH.
+        pluginFile = pluginDir.filePath(QFileInfo(QStringLiteral(NUBIX_PLUGIN_FILE)).fileName());
+        QVERIFY(QFile::copy(QStringLiteral(NUBIX_PLUGIN_FILE), pluginFile));
+
+        qputenv("PATH", host.path());
+    }
+
+    void lifeCycleReadsMetadata()
+    {
+        hpf::LifeCycle::setPluginPaths({pluginDir.path()});
+        QVERIFY(hpf::LifeCycle::readPlugins());
+        const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(kName);
+        QVERIFY(meta);
+        QCOMPARE(meta->iid(), QStringLiteral("org.sablo.plugin.filemanager"));
+        QCOMPARE(meta->name(), kName);
+        QVERIFY(!meta->plugin());
+        QVERIFY(!hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix")));
+    }
+
+    void hostLoadsAndStartsIt()
+    {
+        QSignalSpy started(hpf::Listener::instance(), &hpf::Listener::pluginStarted);
+        QVERIFY(hpf::LifeCycle::loadPlugins());
+
+        const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(kName);
+        QCOMPARE(meta->pluginState(), hpf::PluginMetaObject::kStarted);
+        QVERIFY(meta->plugin());
+        QCOMPARE(meta->plugin()->metaObject()->className(), "hfmplugin_nubix::NubixPlugin");
+        QCOMPARE(started.count(), 1);
+        QCOMPARE(started.at(0).at(1).toString(), kName);
+        QVERIFY(hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix")));
+        QVERIFY(hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix-login")));
+
+        // The library hands out one object.
+        QPluginLoader loader(pluginFile);
+        QCOMPARE(loader.instance(), static_cast<QObject *>(meta->plugin()));
+    }
 
 private:
     QTemporaryDir pluginDir;
     const FakeHost host {"hde-file-manager 6.0.49.25\n"};
     QString pluginFile;
 };
-
-void TestPluginMetadata::initTestCase()
-{
-    // Only this module in the plug-in path, and a host new enough on PATH.
-    pluginFile = pluginDir.filePath(QFileInfo(QStringLiteral(NUBIX_PLUGIN_FILE)).fileName());
-    QVERIFY(QFile::copy(QStringLiteral(NUBIX_PLUGIN_FILE), pluginFile));
-
-    qputenv("PATH", host.path());
-}
-
-void TestPluginMetadata::lifeCycleReadsMetadata()
-{
-    hpf::LifeCycle::setPluginPaths({pluginDir.path()});
-    QVERIFY(hpf::LifeCycle::readPlugins());
-    const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(kName);
-    QVERIFY(meta);
-    QCOMPARE(meta->iid(), QStringLiteral("org.sablo.plugin.filemanager"));
-    QCOMPARE(meta->name(), kName);
-    QVERIFY(!meta->plugin());
-    QVERIFY(!hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix")));
-}
-
-void TestPluginMetadata::hostLoadsAndStartsIt()
-{
-    QSignalSpy started(hpf::Listener::instance(), &hpf::Listener::pluginStarted);
-    QVERIFY(hpf::LifeCycle::loadPlugins());
-
-    const hpf::PluginMetaObjectPointer meta = hpf::LifeCycle::pluginMetaObj(kName);
-    QCOMPARE(meta->pluginState(), hpf::PluginMetaObject::kStarted);
-    QVERIFY(meta->plugin());
-    QCOMPARE(meta->plugin()->metaObject()->className(), "hfmplugin_nubix::NubixPlugin");
-    QCOMPARE(started.count(), 1);
-    QCOMPARE(started.at(0).at(1).toString(), kName);
-    QVERIFY(hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix")));
-    QVERIFY(hfmbase::UrlRoute::hasScheme(QStringLiteral("nubix-login")));
-
-    // The library hands out one object.
-    QPluginLoader loader(pluginFile);
-    QCOMPARE(loader.instance(), static_cast<QObject *>(meta->plugin()));
-}
 
 QTEST_MAIN(TestPluginMetadata)
 #include "tst_pluginmetadata.moc"

@@ -53,75 +53,74 @@ bool consistent(const SyncInfo &info)
 class TestCacheThreads : public QObject
 {
     Q_OBJECT
+
 private Q_SLOTS:
-    void workersReadAndDropWhileGuiThreadWrites();
-};
+    void workersReadAndDropWhileGuiThreadWrites()
+    {
+        NubixCaches caches;
+        caches.setSyncInfo(summary(0));
+        roots();
 
-void TestCacheThreads::workersReadAndDropWhileGuiThreadWrites()
-{
-    NubixCaches caches;
-    caches.setSyncInfo(summary(0));
-    roots();
+        std::atomic<bool> stop {false};
+        std::atomic<int> torn {0};
+        std::atomic<qint64> reads {0};
+        std::vector<std::thread> workers;
+        for (int w = 0; w < kWorkers; ++w) {
+            workers.emplace_back([&, w] {
+                for (int i = w; !stop.load(std::memory_order_relaxed); i += kWorkers) {
+                    const QString root = caches.syncRoot();
+                    const SyncInfo info = caches.syncInfo();
+                    if (!consistent(info) || !roots().contains(root))
+                        ++torn;
+                    const QString path = filePath(i % kFiles);
+                    const FileData data = caches.fileData(path);
+                    if (!data.path.isEmpty() && (data.path != path || data.fileId != (i % kFiles)))
+                        ++torn;
+                    if (i % 3 == 0)
+                        caches.removeFileCache(path);
+                    const UserInfo user = caches.userInfo();
+                    if (user.used + user.free != user.total)
+                        ++torn;
+                    reads.fetch_add(1, std::memory_order_relaxed);
+                }
+            });
+        }
 
-    std::atomic<bool> stop {false};
-    std::atomic<int> torn {0};
-    std::atomic<qint64> reads {0};
-    std::vector<std::thread> workers;
-    for (int w = 0; w < kWorkers; ++w) {
-        workers.emplace_back([&, w] {
-            for (int i = w; !stop.load(std::memory_order_relaxed); i += kWorkers) {
-                const QString root = caches.syncRoot();
-                const SyncInfo info = caches.syncInfo();
-                if (!consistent(info) || !roots().contains(root))
-                    ++torn;
-                const QString path = filePath(i % kFiles);
-                const FileData data = caches.fileData(path);
-                if (!data.path.isEmpty() && (data.path != path || data.fileId != (i % kFiles)))
-                    ++torn;
-                if (i % 3 == 0)
-                    caches.removeFileCache(path);
-                const UserInfo user = caches.userInfo();
-                if (user.used + user.free != user.total)
-                    ++torn;
-                reads.fetch_add(1, std::memory_order_relaxed);
+        for (int round = 0; round < 600; ++round) {
+            caches.setSyncInfo(summary(round));
+            QList<FileData> batch;
+            for (int k = 0; k < 16; ++k) {
+                FileData data;
+                data.fileId = (round * 16 + k) % kFiles;
+                data.path = filePath(int(data.fileId));
+                data.plan = QStringLiteral("upload");
+                data.planStatus = 1 + round % 3;
+                batch.append(data);
             }
-        });
-    }
-
-    for (int round = 0; round < 600; ++round) {
-        caches.setSyncInfo(summary(round));
-        QList<FileData> batch;
-        for (int k = 0; k < 16; ++k) {
-            FileData data;
-            data.fileId = (round * 16 + k) % kFiles;
-            data.path = filePath(int(data.fileId));
-            data.plan = QStringLiteral("upload");
-            data.planStatus = 1 + round % 3;
-            batch.append(data);
-        }
-        caches.cacheFileDatas(batch);
-        UserInfo user;
-        user.used = round;
-        user.free = 1000 - round;
-        user.total = 1000;
-        caches.setUserInfo(user);
-        if (round % 200 == 0) {
-            caches.saveCache();
-            caches.loadCache();
+            caches.cacheFileDatas(batch);
+            UserInfo user;
+            user.used = round;
+            user.free = 1000 - round;
+            user.total = 1000;
             caches.setUserInfo(user);
+            if (round % 200 == 0) {
+                caches.saveCache();
+                caches.loadCache();
+                caches.setUserInfo(user);
+            }
         }
-    }
-    // Keep writing until every worker has had a fair share of turns.
-    while (reads.load() < 20000)
-        caches.setSyncInfo(summary(int(reads.load() % 7)));
-    stop = true;
-    for (std::thread &worker : workers)
-        worker.join();
+        // Keep writing until every worker has had a fair share of turns.
+        while (reads.load() < 20000)
+            caches.setSyncInfo(summary(int(reads.load() % 7)));
+        stop = true;
+        for (std::thread &worker : workers)
+            worker.join();
 
-    QCOMPARE(torn.load(), 0);
-    QVERIFY(reads.load() >= 20000);
-    QVERIFY(consistent(caches.syncInfo()));
-}
+        QCOMPARE(torn.load(), 0);
+        QVERIFY(reads.load() >= 20000);
+        QVERIFY(consistent(caches.syncInfo()));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestCacheThreads)
 #include "tst_cachethreads.moc"

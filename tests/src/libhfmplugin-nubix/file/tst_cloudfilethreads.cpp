@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The host lists cloud folders on its own worker threads while the sync
-// client may move the sync root at any time. Run under ThreadSanitizer this
-// shows that the iterator, the file info and the mapping read the root
-// safely; in any build it shows that a listing never mixes up the roots.
+// The host lists cloud folders and drops file statuses on its own worker
+// threads while the GUI thread takes in the client's answers: a moved sync
+// root, file statuses, account figures, the cache file saved and read back.
+// Plain threads only, so that ThreadSanitizer sees every access; in any
+// build, a listing never mixes up the roots and no reader sees a torn record.
 #include "file/cloudproxyfileinfo.h"
 #include "utils/nubixutils.h"
 
@@ -26,6 +27,7 @@ namespace {
 constexpr int kFolders = 3;
 constexpr int kFilesPerFolder = 10;
 constexpr int kRounds = 60;
+constexpr int kWorkers = 2;
 
 // Fills `root` with folders and files whose names carry `tag`; returns the names.
 QSet<QString> fillTree(const QString &root, const QString &tag)
@@ -33,10 +35,10 @@ QSet<QString> fillTree(const QString &root, const QString &tag)
     QSet<QString> names;
     for (int d = 0; d < kFolders; ++d) {
         const QString folder = QStringLiteral("%1-dir-%2").arg(tag).arg(d);
-        QDir(root).mkpath(folder);
         names.insert(folder);
         for (int f = 0; f < kFilesPerFolder; ++f) {
             const QString name = QStringLiteral("%1-file-%2.txt").arg(tag).arg(f);
+            QDir(root).mkpath(folder);
             QFile file(root + QLatin1Char('/') + folder + QLatin1Char('/') + name);
             if (file.open(QIODevice::WriteOnly))
                 file.write(name.toUtf8());
@@ -46,58 +48,71 @@ QSet<QString> fillTree(const QString &root, const QString &tag)
     return names;
 }
 
-struct ListingReport
+// The fields of a summary hang together, so a torn copy shows.
+SyncInfo summary(const QString &root, int round)
 {
-    int entries = 0;
-    int cloudUrls = 0;
-    QStringList faults;
-};
+    SyncInfo info;
+    info.syncRoot = root;
+    info.banDirs = QStringList {root + QStringLiteral("/ban")};
+    info.syncQuantity.todo = round;
+    info.syncQuantity.done = -round;
+    return info;
+}
 
-// What a host worker does: list the whole cloud tree and describe each entry.
-void listCloudTree(const QSet<QString> &knownNames, ListingReport *report)
+// What a host worker does: list the whole cloud tree, describe each entry,
+// and drop statuses as a watcher does for deleted files. Returns the faults.
+QStringList listCloudTree(const QSet<QString> &knownNames, std::atomic<int> *entries)
 {
     using UrlType = hfmbase::FileInfo::FileUrlInfoType;
+    NubixCaches *caches = NubixCaches::instance();
+    QStringList faults;
     for (int round = 0; round < kRounds; ++round) {
         const auto it = hfmbase::DirIteratorFactory::create<hfmbase::AbstractDirIterator>(
             NubixUtils::nubixRoot(), {}, QDir::AllEntries | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-        if (!it) {
-            report->faults.append(QStringLiteral("no iterator"));
-            return;
-        }
+        if (!it)
+            return faults << QStringLiteral("no iterator");
         while (it->hasNext()) {
             const QUrl local = it->next();
-            ++report->entries;
+            ++*entries;
             const QString name = it->fileName();
-            if (!knownNames.contains(name))
-                report->faults.append(QStringLiteral("unknown name ") + name);
-            if (!local.isLocalFile())
-                report->faults.append(QStringLiteral("next() not local: ") + local.toString());
+            if (!knownNames.contains(name) || !local.isLocalFile())
+                faults << QStringLiteral("bad entry ") + local.toString();
+            const SyncInfo info = caches->syncInfo();
+            const UserInfo user = caches->userInfo();
+            if (info.banDirs != QStringList {info.syncRoot + QStringLiteral("/ban")}
+                || info.syncQuantity.todo != -info.syncQuantity.done || user.used + user.free != user.total)
+                faults << QStringLiteral("torn summary or account");
 
             // Empty when the root moved away from this entry meanwhile.
             const QUrl cloud = it->fileUrl();
             if (cloud.isEmpty())
                 continue;
             if (cloud.scheme() != QLatin1String("nubix") || !cloud.path().endsWith(name))
-                report->faults.append(QStringLiteral("bad cloud url ") + cloud.toString());
-            ++report->cloudUrls;
+                faults << QStringLiteral("bad cloud url ") + cloud.toString();
+            const FileData data = caches->fileData(cloud.path());
+            if (!data.path.isEmpty() && data.path != cloud.path())
+                faults << QStringLiteral("torn status ") + data.path;
+            if (round % 3 == 0)
+                caches->removeFileCache(cloud.path());
 
             // None when the root moved between the two calls.
-            const hfmbase::FileInfoPointer info = it->fileInfo();
-            if (!info)
+            const hfmbase::FileInfoPointer fileInfo = it->fileInfo();
+            if (!fileInfo)
                 continue;
-            if (!dynamic_cast<CloudProxyFileInfo *>(info.data())) {
-                report->faults.append(QStringLiteral("no cloud info for ") + cloud.toString());
+            if (!dynamic_cast<CloudProxyFileInfo *>(fileInfo.data())) {
+                faults << QStringLiteral("no cloud info for ") + cloud.toString();
                 continue;
             }
-            const QUrl redirected = info->urlOf(UrlType::kRedirectedFileUrl);
+            const QUrl redirected = fileInfo->urlOf(UrlType::kRedirectedFileUrl);
             if (!redirected.isEmpty() && !redirected.isLocalFile())
-                report->faults.append(QStringLiteral("bad redirection ") + redirected.toString());
-            info->urlOf(UrlType::kParentUrl);
-            info->fileName();
-            info->size();
-            info->viewOfTip(hfmbase::FileInfo::ViewType::kEmptyDir);
+                faults << QStringLiteral("bad redirection ") + redirected.toString();
+            fileInfo->urlOf(UrlType::kParentUrl);
+            fileInfo->fileName();
+            fileInfo->size();
+            fileInfo->viewOfTip(hfmbase::FileInfo::ViewType::kEmptyDir);
         }
     }
+    return faults;
 }
 
 }   // namespace
@@ -116,36 +131,62 @@ private Q_SLOTS:
         QVERIFY(otherRoot.isValid());
     }
 
-    void listingWhileTheRootMoves()
+    void listingWhileTheClientAnswers()
     {
         QSet<QString> names = fillTree(env.root(), QStringLiteral("one"));
         names.unite(fillTree(otherRoot.path(), QStringLiteral("two")));
         QCOMPARE(names.size(), 2 * (kFolders + kFilesPerFolder));
 
+        NubixCaches *caches = NubixCaches::instance();
         const QStringList roots {env.root(), otherRoot.path()};
-        CloudEnvironment::useRoot(roots.first());
-        std::atomic<bool> done {false};
-        ListingReport report;
-        std::thread worker([&] {
-            listCloudTree(names, &report);
-            done.store(true);
-        });
+        caches->setSyncInfo(summary(roots.first(), 0));
+        std::atomic<int> entries {0};
+        std::atomic<int> running {kWorkers};
+        QStringList faults[kWorkers];
+        std::thread workers[kWorkers];
+        for (int w = 0; w < kWorkers; ++w) {
+            workers[w] = std::thread([&, w] {
+                faults[w] = listCloudTree(names, &entries);
+                --running;
+            });
+        }
 
-        int moves = 0;
-        while (!done.load()) {
-            CloudEnvironment::useRoot(roots.at(moves % 2));
-            ++moves;
+        int round = 0;
+        for (; running.load() > 0; ++round) {
+            const QString root = roots.at(round % 2);
+            caches->setSyncInfo(summary(root, round));
+            QList<FileData> batch;
+            for (int f = 0; f < 4; ++f) {
+                FileData data;
+                data.path = QStringLiteral("/%1-dir-%2/%1-file-%3.txt")
+                                .arg(round % 2 ? QStringLiteral("two") : QStringLiteral("one"))
+                                .arg(round % kFolders)
+                                .arg((round + f) % kFilesPerFolder);
+                data.planStatus = 1 + round % 3;
+                batch.append(data);
+            }
+            caches->cacheFileDatas(batch);
+            UserInfo user;
+            user.used = round;
+            user.free = 1000 - round;
+            user.total = 1000;
+            caches->setUserInfo(user);
+            if (round % 200 == 0) {
+                caches->saveCache();
+                caches->loadCache();
+            }
             // The GUI thread reads the root too, for emblems and menus.
             NubixUtils::readyToAccess();
-            NubixUtils::localToCloud(QUrl::fromLocalFile(roots.at(moves % 2) + QStringLiteral("/x")));
+            NubixUtils::localToCloud(QUrl::fromLocalFile(root + QStringLiteral("/x")));
         }
-        worker.join();
+        for (std::thread &worker : workers)
+            worker.join();
 
-        QVERIFY2(report.faults.isEmpty(), qPrintable(report.faults.value(0)));
-        QVERIFY(moves > 0);
+        for (const QStringList &found : faults)
+            QVERIFY2(found.isEmpty(), qPrintable(found.value(0)));
+        QVERIFY(round > 0);
         // Each listing keeps the local folder it started with.
-        QCOMPARE(report.entries, kRounds * kFolders * (kFilesPerFolder + 1));
-        QVERIFY(report.cloudUrls > 0);
+        QCOMPARE(entries.load(), kWorkers * kRounds * kFolders * (kFilesPerFolder + 1));
     }
 
 private:

@@ -103,31 +103,17 @@ private Q_SLOTS:
         QVERIFY(host(script));
     }
 
-    // The entry opens the welcome page, which the plug-in turns into the tree.
-    void activatingTheEntryEntersTheTree()
-    {
-        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
-        QVERIFY(host(QStringLiteral("open nubix-login:///\nwait 1500\ncd last computer:///\n"
-                                    "wait-for url last computer:///\nactivate last \"Kelo Drive\"\n"
-                                    "wait-for url last nubix:/// 15000\n")));
-    }
-
-    // The menu's content for each state is the scene's unit test.
-    void entryAndSidebarShareTheMenu()
-    {
-        QVERIFY(startSimulator({QStringLiteral("--root"), root(), QStringLiteral("--paused")}));
-        QVERIFY(host(QStringLiteral("open computer:///\nwait 2000\nmenu entry last \"Kelo Drive\"\n"
-                                    "menu sidebar last \"Kelo Drive\"\n")));
-        const QString ids = QStringLiteral("nubix-open nubix-open-in-win nubix-open-main-panel nubix-sync-detail "
-                                           "nubix-trash-bin nubix-sync-resume nubix-upgrade-enterprise nubix-settings");
-        QCOMPARE(menus(s->fmOutput), (QStringList {ids, ids}));
-    }
-
-    void menuActionsReachTheClient()
+    // The entry's actions reach the client or open the tree, and so does
+    // activating it (it opens the welcome page, which becomes the tree). Its
+    // menu and the sidebar item's are the same scene, whose content for each
+    // state is the scene's unit test.
+    void entryMenuAndActivation()
     {
         QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
         const QString script = QStringLiteral(R"(open computer:///
 wait 2000
+menu entry last "Kelo Drive"
+menu sidebar last "Kelo Drive"
 menu-trigger entry last "Kelo Drive" nubix-open-main-panel
 menu-trigger entry last "Kelo Drive" nubix-sync-detail
 menu-trigger entry last "Kelo Drive" nubix-trash-bin
@@ -142,8 +128,15 @@ wait-for url last nubix:/// 10000
 cd first computer:///
 menu-trigger entry first "Kelo Drive" nubix-open
 wait-for url first nubix:/// 10000
+cd first computer:///
+wait-for url first computer:///
+activate first "Kelo Drive"
+wait-for url first nubix:/// 15000
 )");
         QVERIFY(host(script));
+        const QString ids = QStringLiteral("nubix-open nubix-open-in-win nubix-open-main-panel nubix-sync-detail "
+                                           "nubix-trash-bin nubix-sync-pause nubix-upgrade-enterprise nubix-settings");
+        QCOMPARE(menus(s->fmOutput), (QStringList {ids, ids}));
         const QStringList navigated = s->simulatorLog(QStringLiteral("type=setting"))
                                           .split(QLatin1Char('\n'))
                                           .filter(QStringLiteral("navigate to page"));
@@ -152,25 +145,6 @@ wait-for url first nubix:/// 10000
         QVERIFY(navigated.at(1).endsWith(QLatin1String("type=sync args=syncList")));
         QVERIFY(navigated.at(2).endsWith(QLatin1String("type=home args=fileRecycle")));
         QVERIFY(navigated.at(3).contains(QLatin1String("type=setting")));
-    }
-
-    // The host's own file menu, run for the tree: a file opens as the local
-    // file, a folder stays in the tree.
-    void fileMenuOpensLocalFilesAndTreeFolders()
-    {
-        QVERIFY(writeFile(root() + QStringLiteral("/sub/b.txt"), "b"));
-        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
-        const QString script = QStringLiteral(R"(open nubix:///
-wait-for item last a.txt 15000
-menu item last a.txt
-menu-trigger item last a.txt open
-wait-for state opened/# 1
-expect opened/0/url file://$ROOT/a.txt
-menu-trigger item last sub open
-wait-for url last nubix:///sub
-)");
-        QVERIFY(host(script));
-        QCOMPARE(menus(s->fmOutput), QStringList {QStringLiteral("open copy cut rename move-to-trash delete")});
     }
 
     void bannerStatesAndLinks()
@@ -342,7 +316,12 @@ wait 1000
                                     "hide last nubix:///sub/inner.txt\n"
                                     "wait-for idle\n"
                                     "wait-for item last b.txt\n"
-                                    "wait-for state results/[event=1002]/targets/0 nubix:///b.txt\n")));
+                                    "wait-for state results/[event=1002]/targets/0 nubix:///b.txt\n"
+                                    // The host's own menu for the tree's items: a folder opens in the tree.
+                                    "menu item last b.txt\n"
+                                    "menu-trigger item last sub open\n"
+                                    "wait-for url last nubix:///sub\n")));
+        QCOMPARE(menus(s->fmOutput), QStringList {QStringLiteral("open copy cut rename move-to-trash delete")});
 
         const QString r = root() + QLatin1Char('/');
         for (const char *made : {"o.txt", "sub/inner.txt", "sub/moved.txt", "New Document.txt", "b.txt",

@@ -186,8 +186,8 @@ private Q_SLOTS:
         const QString kelo = QStringLiteral("/home/u/Kelo");
         const QString none;
         QTest::newRow("same root") << kelo << kelo << false;
-        QTest::newRow("other root") << kelo << QStringLiteral("/data/Kelo") << true;
-        QTest::newRow("trailing slash") << kelo << QStringLiteral("/home/u/Kelo/") << true;
+        QTest::newRow("other root") << kelo << "/data/Kelo" << true;
+        QTest::newRow("trailing slash") << kelo << "/home/u/Kelo/" << true;
         QTest::newRow("root forgotten") << kelo << none << true;
         QTest::newRow("still no root") << none << none << false;
         QTest::newRow("root set up") << none << kelo << true;

@@ -126,7 +126,7 @@ private Q_SLOTS:
         const QDirIterator::IteratorFlags flat = QDirIterator::NoIteratorFlags;
         const QStringList txt {QStringLiteral("*.txt")};
         QTest::newRow("cloud root") << QString() << QStringList() << all << flat << 7;
-        QTest::newRow("missing folder") << QStringLiteral("missing") << QStringList() << all << flat << 0;
+        QTest::newRow("missing folder") << "missing" << QStringList() << all << flat << 0;
         QTest::newRow("name filter") << QString() << txt << QDir::Filters(QDir::Files) << flat << 2;
         QTest::newRow("hidden shown") << QString() << QStringList() << (all | QDir::Hidden) << flat << 8;
         QTest::newRow("recursive") << QString() << txt << QDir::Filters(QDir::Files)
@@ -166,9 +166,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("dir");
         QTest::addColumn<QString>("url");
-        QTest::newRow("cloud root") << QString() << QStringLiteral("nubix:///");
-        QTest::newRow("nested with trailing slash")
-            << QStringLiteral("sub/deeper/") << QStringLiteral("nubix:///sub/deeper/");
+        QTest::newRow("cloud root") << QString() << "nubix:///";
+        QTest::newRow("nested with trailing slash") << "sub/deeper/"
+                                                    << "nubix:///sub/deeper/";
     }
     void iteratorUrlIsTheListedCloudFolder()
     {
@@ -229,23 +229,22 @@ private Q_SLOTS:
         QUrl cloudWithoutPath;
         cloudWithoutPath.setScheme(QStringLiteral("nubix"));
         cloudWithoutPath.setHost(QStringLiteral(""));
-        QTest::newRow("url") << QStringLiteral("dir/doc.txt") << UrlType::kUrl << doc;
-        QTest::newRow("parent") << QStringLiteral("dir/doc.txt") << UrlType::kParentUrl
+        QTest::newRow("url") << "dir/doc.txt" << UrlType::kUrl << doc;
+        QTest::newRow("parent") << "dir/doc.txt" << UrlType::kParentUrl
                                 << CloudEnvironment::cloud(QStringLiteral("dir"));
         QTest::newRow("parent of a top-level file is the root itself")
-            << QStringLiteral("a.txt") << UrlType::kParentUrl << cloudWithoutPath;
+            << "a.txt" << UrlType::kParentUrl << cloudWithoutPath;
         QTest::newRow("redirection is the local file")
-            << QStringLiteral("dir/doc.txt") << UrlType::kRedirectedFileUrl
+            << "dir/doc.txt" << UrlType::kRedirectedFileUrl
             << QUrl::fromLocalFile(env.localPath(QStringLiteral("dir/doc.txt")));
         QTest::newRow("redirection of the cloud root")
             << QString() << UrlType::kRedirectedFileUrl << QUrl::fromLocalFile(env.root() + QLatin1Char('/'));
         QTest::newRow("redirection of a missing file")
-            << QStringLiteral("missing.txt") << UrlType::kRedirectedFileUrl
+            << "missing.txt" << UrlType::kRedirectedFileUrl
             << QUrl::fromLocalFile(env.localPath(QStringLiteral("missing.txt")));
-        QTest::newRow("link target inside the root") << QStringLiteral("dir/link") << UrlType::kSymLinkTargetUrl << doc;
-        QTest::newRow("link target outside the root")
-            << QStringLiteral("outlink") << UrlType::kSymLinkTargetUrl << QUrl();
-        QTest::newRow("no link target") << QStringLiteral("dir/doc.txt") << UrlType::kSymLinkTargetUrl << QUrl();
+        QTest::newRow("link target inside the root") << "dir/link" << UrlType::kSymLinkTargetUrl << doc;
+        QTest::newRow("link target outside the root") << "outlink" << UrlType::kSymLinkTargetUrl << QUrl();
+        QTest::newRow("no link target") << "dir/doc.txt" << UrlType::kSymLinkTargetUrl << QUrl();
     }
     void urlOf()
     {
@@ -264,10 +263,10 @@ private Q_SLOTS:
         QTest::addColumn<CanType>("type");
         QTest::addColumn<bool>("asLocal");
 
-        QTest::newRow("redirect a file") << QStringLiteral("dir/doc.txt") << CanType::kCanRedirectionFileUrl << false;
+        QTest::newRow("redirect a file") << "dir/doc.txt" << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("redirect the cloud root") << QString() << CanType::kCanRedirectionFileUrl << false;
-        QTest::newRow("rename") << QStringLiteral("dir/doc.txt") << CanType::kCanRename << true;
-        QTest::newRow("drag a missing file") << QStringLiteral("missing.txt") << CanType::kCanDrag << true;
+        QTest::newRow("rename") << "dir/doc.txt" << CanType::kCanRename << true;
+        QTest::newRow("drag a missing file") << "missing.txt" << CanType::kCanDrag << true;
     }
     void canAttributes()
     {
@@ -330,8 +329,9 @@ private Q_SLOTS:
             << root << "\u00e9t\u00e9 #6 100%.txt" << root << remove << QByteArray(SIGNAL(fileDeleted(QUrl)));
         QTest::newRow("content written") << sub << "sub/old-8.txt" << root << write
                                          << QByteArray(SIGNAL(fileAttributeChanged(QUrl)));
-        QTest::newRow("renamed in a subfolder") << sub << "sub/a #10.txt" << QStringLiteral("sub/b %10.txt") << rename
-                                                << QByteArray(SIGNAL(fileRename(QUrl, QUrl)));
+        QTest::newRow("renamed in a subfolder")
+            << sub << "sub/a #10.txt"
+            << "sub/b %10.txt" << rename << QByteArray(SIGNAL(fileRename(QUrl, QUrl)));
     }
     void watcherRelaysLocalChanges()
     {

@@ -442,13 +442,13 @@ private Q_SLOTS:
 
         QTest::newRow("answered") << PeerDoes::Answer << int(NubixMessageHandler::SyncResult::Answered) << QString();
         QTest::newRow("timed out") << PeerDoes::Nothing << int(NubixMessageHandler::SyncResult::TimedOut)
-                                   << QStringLiteral("NubixMessageHandler: Request timed out. Method: \"getSyncInfo\"");
+                                   << "NubixMessageHandler: Request timed out. Method: \"getSyncInfo\"";
         QTest::newRow("connection lost")
             << PeerDoes::Disconnect << int(NubixMessageHandler::SyncResult::Disconnected)
-            << QStringLiteral("NubixMessageHandler: Disconnected before the answer. Method: \"getSyncInfo\"");
+            << "NubixMessageHandler: Disconnected before the answer. Method: \"getSyncInfo\"";
         QTest::newRow("not connected")
             << PeerDoes::NotConnected << int(NubixMessageHandler::SyncResult::Disconnected)
-            << QStringLiteral("NubixMessageHandler: Not connected, not waiting for an answer. Method: \"getSyncInfo\"");
+            << "NubixMessageHandler: Not connected, not waiting for an answer. Method: \"getSyncInfo\"";
     }
 
     void requestSyncWaitsWithoutBlocking()

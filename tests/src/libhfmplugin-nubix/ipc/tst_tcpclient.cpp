@@ -18,16 +18,6 @@ using hfmplugin_nubix::TcpClient;
 namespace {
 const QString kRawRead = QStringLiteral("TcpClient: Received raw data:");
 
-// A port on which nothing listens.
-quint16 closedPort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
-}
-
 bool connectTo(TcpClient &client, LocalPeer &peer)
 {
     QSignalSpy connected(&client, &TcpClient::connected);
@@ -41,19 +31,6 @@ class TestTcpClient : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void refusedConnectionReportsError()
-    {
-        MessageLog log;
-        TcpClient client;
-        QSignalSpy errors(&client, &TcpClient::errorOccured);
-
-        client.connectToServer(QStringLiteral("127.0.0.1"), closedPort());
-        QTRY_COMPARE(errors.count(), 1);
-        QCOMPARE(errors.at(0).at(0).value<QAbstractSocket::SocketError>(), QAbstractSocket::ConnectionRefusedError);
-        QCOMPARE(log.problems(),
-            QStringList {QStringLiteral("TcpClient: Error occurred: QAbstractSocket::ConnectionRefusedError")});
-    }
-
     // The cutting itself, for every way text can arrive, is FrameSplitter's test.
     void receivesMessagesInTheGuiThread()
     {

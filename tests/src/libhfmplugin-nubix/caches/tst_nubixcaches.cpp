@@ -141,18 +141,6 @@ private Q_SLOTS:
         QCOMPARE(caches->fileData(QStringLiteral("/long/2999")).planStatus, 3);
     }
 
-    void removesExactPathOnly()
-    {
-        QCOMPARE(toMap(caches->fileData(QStringLiteral("/docs/"))), toMap(FileData()));
-        caches->removeFileCache(QStringLiteral("/docs/"));
-        caches->removeFileCache(QStringLiteral("/nothing"));
-        QCOMPARE(caches->fileData(QStringLiteral("/docs")).planStatus, 3);
-        caches->removeFileCache(QStringLiteral("/docs"));
-        QCOMPARE(toMap(caches->fileData(QStringLiteral("/docs"))), toMap(FileData()));
-        // Its children stay.
-        QCOMPARE(caches->fileData(QStringLiteral("/docs/bad.txt")).planStatus, 10);
-    }
-
     void rootNotificationWaitsForTheAnswer()
     {
         peer.send(syncInfoAnswer(QStringLiteral("/home/u/Kelo")));

@@ -45,16 +45,6 @@ private Q_SLOTS:
         QCOMPARE(splitter.pending(), pending);
     }
 
-    void eachFeedReturnsWhatItCompleted()
-    {
-        FrameSplitter splitter;
-        QCOMPARE(splitter.feed("first\fsec"), utf8List({"first"}));
-        QCOMPARE(splitter.feed("ond"), QStringList());
-        QCOMPARE(splitter.feed("\fthird\ffourth\f"), (utf8List({"second", "third", "fourth"})));
-        QCOMPARE(splitter.feed("\f"), utf8List({""}));
-        QVERIFY(splitter.pending().isEmpty());
-    }
-
     // A new connection must not inherit the half message of the old one.
     void clearForgetsHalfMessage()
     {

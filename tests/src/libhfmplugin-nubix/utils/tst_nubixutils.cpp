@@ -120,27 +120,6 @@ private Q_SLOTS:
         QVERIFY(local.isLocalFile());
         QCOMPARE(local.toLocalFile(), localPath);
     }
-
-    // Ordinary files survive the trip both ways, whatever their names.
-    void roundTrip_data()
-    {
-        QTest::addColumn<QString>("relative");
-
-        QTest::newRow("spaces and unicode") << "/Fotos 2024/\u00fcber \u6587\u4ef6.jpg";
-        QTest::newRow("reserved characters") << QStringLiteral("/a#b/c?d/100%/e[1];f=g&h");
-    }
-    void roundTrip()
-    {
-        QFETCH(QString, relative);
-
-        const QUrl local = QUrl::fromLocalFile(kRoot + relative);
-        const QUrl cloud = NubixUtils::localToCloud(local);
-        QCOMPARE(cloud.path(QUrl::FullyDecoded), relative);
-        QVERIFY2(cloud.isValid(), qPrintable(cloud.errorString()));
-        QCOMPARE(NubixUtils::cloudToLocal(cloud), local);
-        // And through text, as URLs travel in events.
-        QCOMPARE(NubixUtils::cloudToLocal(QUrl(cloud.toString(QUrl::FullyEncoded))), local);
-    }
 };
 
 QTEST_MAIN(TestNubixUtils)

@@ -37,26 +37,15 @@ QByteArray fileContent()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// With fields the file does not keep.
 SyncInfo syncInfo(const QString &root, bool inited, bool isPublic)
 {
-    SyncInfo info;
-    info.syncRoot = root;
-    info.syncInited = inited;
-    info.isPublicCloud = isPublic;
-    info.banDirs = QStringList {QStringLiteral("/not/kept")};
-    info.syncQuantity.todo = 3;
-    return info;
+    return SyncInfo {root, {QStringLiteral("/not/kept")}, SyncQuantity {3}, {}, inited, isPublic};
 }
 
 UserInfo userInfo(qint64 quota, qint64 total, qint64 used)
 {
-    UserInfo info;
-    info.account.uid = QStringLiteral("not kept");
-    info.quota = quota;
-    info.total = total;
-    info.used = used;
-    info.free = 77;
-    return info;
+    return UserInfo {AccountInfo {QStringLiteral("not kept"), {}, {}, {}, {}}, 77, used, total, 0, quota};
 }
 
 // What the client's answers would bring, without a client.
@@ -191,18 +180,8 @@ private Q_SLOTS:
         }
 
         NubixCaches next;
-        SyncInfo expectedSync;
-        expectedSync.syncRoot = root;
-        expectedSync.syncInited = inited;
-        expectedSync.isPublicCloud = isPublic;
-        expectedSync.isDisconnected = true;
-        QCOMPARE(toMap(next.syncInfo()), toMap(expectedSync));
-        QCOMPARE(next.syncRoot(), root);
-        UserInfo expectedUser;
-        expectedUser.quota = quota;
-        expectedUser.total = 5000000000;
-        expectedUser.used = 4000000000;
-        QCOMPARE(toMap(next.userInfo()), toMap(expectedUser));
+        QCOMPARE(toMap(next.syncInfo()), toMap(SyncInfo {root, {}, {}, {}, inited, isPublic, true}));
+        QCOMPARE(toMap(next.userInfo()), toMap(UserInfo {{}, 0, 4000000000, 5000000000, 0, quota}));
 
         // The first answer confirms it.
         QSignalSpy updated(&next, &NubixCaches::syncInfoUpdated);

@@ -187,11 +187,7 @@ private Q_SLOTS:
         QFETCH(QString, after);
         QFETCH(bool, changes);
 
-        caches->setSyncInfo([&] {
-            SyncInfo info;
-            info.syncRoot = before;
-            return info;
-        }());
+        caches->setSyncInfo(SyncInfo {before, {}, {}, {}});
         QSignalSpy changed(caches, &NubixCaches::syncRootChanged);
         QSignalSpy updated(caches, &NubixCaches::syncInfoUpdated);
         peer.send(syncInfoAnswer(after));

@@ -24,21 +24,14 @@ QUrl url(const char *text)
     return QUrl(QString::fromUtf8(text));
 }
 
-void setSync(const QString &root, const QStringList &banDirs = {}, bool disconnected = false)
+void setSync(const QString &root, const QStringList &banDirs = {})
 {
-    SyncInfo info;
-    info.syncRoot = root;
-    info.banDirs = banDirs;
-    info.isDisconnected = disconnected;
-    NubixCaches::instance()->setSyncInfo(info);
+    NubixCaches::instance()->setSyncInfo(SyncInfo {root, banDirs, {}, {}});
 }
 
 void setStatus(const QString &path, int planStatus)
 {
-    FileData data;
-    data.path = path;
-    data.planStatus = planStatus;
-    NubixCaches::instance()->cacheFileDatas({data});
+    NubixCaches::instance()->cacheFileDatas({FileData {path, false, 0, {}, planStatus}});
 }
 
 // Records what reaches the host's own listeners of an event, that is what

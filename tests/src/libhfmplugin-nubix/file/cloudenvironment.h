@@ -39,9 +39,7 @@ public:
 
     static void useRoot(const QString &root)
     {
-        hfmplugin_nubix::SyncInfo info;
-        info.syncRoot = root;
-        hfmplugin_nubix::NubixCaches::instance()->setSyncInfo(info);
+        hfmplugin_nubix::NubixCaches::instance()->setSyncInfo(hfmplugin_nubix::SyncInfo {root, {}, {}, {}});
     }
 
     // The cloud URL of a path below the root, built by hand ("" is the cloud

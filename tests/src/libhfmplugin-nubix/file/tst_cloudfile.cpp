@@ -64,10 +64,7 @@ QList<QUrl> urlsOf(const QList<QVariant> &arguments)
 
 void putStatus(const QString &cloudPath)
 {
-    FileData data;
-    data.path = cloudPath;
-    data.planStatus = 3;
-    NubixCaches::instance()->cacheFileDatas({data});
+    NubixCaches::instance()->cacheFileDatas({FileData {cloudPath, false, 0, {}, 3}});
 }
 
 bool hasStatus(const QString &cloudPath)

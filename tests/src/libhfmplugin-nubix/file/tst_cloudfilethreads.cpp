@@ -51,12 +51,7 @@ QSet<QString> fillTree(const QString &root, const QString &tag)
 // The fields of a summary hang together, so a torn copy shows.
 SyncInfo summary(const QString &root, int round)
 {
-    SyncInfo info;
-    info.syncRoot = root;
-    info.banDirs = QStringList {root + QStringLiteral("/ban")};
-    info.syncQuantity.todo = round;
-    info.syncQuantity.done = -round;
-    return info;
+    return SyncInfo {root, {root + QStringLiteral("/ban")}, SyncQuantity {round, 0, -round}, {}};
 }
 
 // What a host worker does: list the whole cloud tree, describe each entry,
@@ -157,20 +152,14 @@ private Q_SLOTS:
             caches->setSyncInfo(summary(root, round));
             QList<FileData> batch;
             for (int f = 0; f < 4; ++f) {
-                FileData data;
-                data.path = QStringLiteral("/%1-dir-%2/%1-file-%3.txt")
-                                .arg(round % 2 ? QStringLiteral("two") : QStringLiteral("one"))
-                                .arg(round % kFolders)
-                                .arg((round + f) % kFilesPerFolder);
-                data.planStatus = 1 + round % 3;
-                batch.append(data);
+                const QString path = QStringLiteral("/%1-dir-%2/%1-file-%3.txt")
+                                         .arg(round % 2 ? QStringLiteral("two") : QStringLiteral("one"))
+                                         .arg(round % kFolders)
+                                         .arg((round + f) % kFilesPerFolder);
+                batch.append(FileData {path, false, 0, QStringLiteral("upload"), 1 + round % 3});
             }
             caches->cacheFileDatas(batch);
-            UserInfo user;
-            user.used = round;
-            user.free = 1000 - round;
-            user.total = 1000;
-            caches->setUserInfo(user);
+            caches->setUserInfo(UserInfo {{}, 1000 - round, round, 1000});
             if (round % 200 == 0) {
                 caches->saveCache();
                 caches->loadCache();

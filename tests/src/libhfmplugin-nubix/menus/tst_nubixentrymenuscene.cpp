@@ -28,13 +28,10 @@ QVariantHash params(const QList<QUrl> &selected, quint64 windowId = 42)
 // Flags by letter: r sync root set, d disconnected, p paused, c public cloud.
 void setState(const QByteArray &flags)
 {
-    SyncInfo info;
-    info.syncRoot = flags.contains('r') ? QStringLiteral("/home/a/Drive") : QString();
-    info.syncInited = true;
-    info.isDisconnected = flags.contains('d');
+    SyncInfo info {flags.contains('r') ? QStringLiteral("/home/a/Drive") : QString(), {}, {}, {}, true,
+        flags.contains('c'), flags.contains('d')};
     info.syncErrors.isPaused = flags.contains('p');
     info.syncErrors.isOnline = true;
-    info.isPublicCloud = flags.contains('c');
     NubixCaches::instance()->setSyncInfo(info);
 }
 

@@ -18,9 +18,7 @@ QUrl url(const char *text)
 
 void setRoot(const QString &root)
 {
-    SyncInfo info;
-    info.syncRoot = root;
-    NubixCaches::instance()->setSyncInfo(info);
+    NubixCaches::instance()->setSyncInfo(SyncInfo {root, {}, {}, {}});
 }
 }   // namespace
 

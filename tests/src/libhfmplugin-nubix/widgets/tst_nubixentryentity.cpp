@@ -11,18 +11,9 @@ using namespace hfmplugin_nubix;
 namespace {
 void setState(const QString &root, bool publicCloud, qint64 used, qint64 total, qint64 quota)
 {
-    SyncInfo sync;
-    sync.syncRoot = root;
-    sync.isPublicCloud = publicCloud;
     // The entry keys on the root alone, so syncInited stays off throughout.
-    NubixCaches::instance()->setSyncInfo(sync);
-    UserInfo user;
-    user.used = used;
-    user.total = total;
-    user.free = total - used;
-    user.relative = 7;
-    user.quota = quota;
-    NubixCaches::instance()->setUserInfo(user);
+    NubixCaches::instance()->setSyncInfo(SyncInfo {root, {}, {}, {}, false, publicCloud});
+    NubixCaches::instance()->setUserInfo(UserInfo {{}, total - used, used, total, 7, quota});
 }
 }   // namespace
 

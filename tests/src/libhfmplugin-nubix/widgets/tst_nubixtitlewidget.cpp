@@ -46,15 +46,6 @@ SyncInfo state(const char *flags, SyncQuantity quantity = SyncQuantity())
     return info;
 }
 
-SyncQuantity quantity(int todo, int doing, int done, int error)
-{
-    SyncQuantity q;
-    q.todo = todo;
-    q.doing = doing;
-    q.done = done;
-    q.error = error;
-    return q;
-}
 }   // namespace
 
 class TestNubixTitleWidget : public QObject
@@ -83,7 +74,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("icon");
         QTest::addColumn<bool>("syncing");
 
-        const SyncQuantity busy = quantity(5, 0, 1, 0);
+        const SyncQuantity busy = SyncQuantity {5, 0, 1, 0};
         QTest::newRow("paused wins over everything") << "plrf" << busy << kPaused << "fbnubix_drive_pause" << false;
         QTest::newRow("local space low before remote") << "lro" << busy << kLocalLow << "fbnubix_drive_error" << false;
         QTest::newRow("remote space low before offline")
@@ -95,18 +86,19 @@ private Q_SLOTS:
         QTest::newRow("disconnected overrides done")
             << "od" << SyncQuantity() << kStopped << "fbnubix_drive_pause" << false;
         QTest::newRow("progress: waiting and transferring add up")
-            << "o" << quantity(3, 2, 10, 0)
+            << "o" << SyncQuantity {3, 2, 10, 0}
             << "10 completed, 5 remaining. <a href=\"SyncDetail\">View synchronization details</a>"
             << "fbnubix_drive_syncing" << true;
         QTest::newRow("progress with anomalies")
-            << "o" << quantity(7, 0, 2, 4)
+            << "o" << SyncQuantity {7, 0, 2, 4}
             << "2 completed, 7 remaining, 4 anomalies. <a href=\"SyncDetail\">View synchronization details</a>"
             << "fbnubix_drive_syncing" << true;
         QTest::newRow("finished with anomalies")
-            << "o" << quantity(0, 0, 12, 3) << "Kelo Drive Synchronization 3 Exception, <a href=\"ErrorList\">view</a>"
+            << "o" << SyncQuantity {0, 0, 12, 3}
+            << "Kelo Drive Synchronization 3 Exception, <a href=\"ErrorList\">view</a>"
             << "fbnubix_drive_error" << false;
         QTest::newRow("large counts in plain decimal")
-            << "o" << quantity(2000000000, 2000000000, 1234567, 0)
+            << "o" << SyncQuantity {2000000000, 2000000000, 1234567, 0}
             << "1234567 completed, 4000000000 remaining. <a href=\"SyncDetail\">View synchronization details</a>"
             << "fbnubix_drive_syncing" << true;
     }
@@ -146,9 +138,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("sends");
 
         QTest::newRow("idle and connected") << "o" << SyncQuantity() << true;
-        QTest::newRow("finished with anomalies") << "o" << quantity(0, 0, 1, 2) << true;
+        QTest::newRow("finished with anomalies") << "o" << SyncQuantity {0, 0, 1, 2} << true;
         QTest::newRow("paused (not syncing)") << "po" << SyncQuantity() << true;
-        QTest::newRow("still syncing") << "o" << quantity(1, 0, 0, 0) << false;
+        QTest::newRow("still syncing") << "o" << SyncQuantity {1, 0, 0, 0} << false;
         QTest::newRow("client stopped") << "od" << SyncQuantity() << false;
     }
     void refreshButtonRules()
@@ -181,10 +173,10 @@ private Q_SLOTS:
     void refreshWorksAgainAfterSyncing()
     {
         NubixTitleWidget strip;
-        strip.onSyncProgressUpdated(quantity(2, 0, 0, 0));
+        strip.onSyncProgressUpdated(SyncQuantity {2, 0, 0, 0});
         strip.doCheckUpdate();
         QCOMPARE(client.drain(), QStringList());
-        strip.onSyncProgressUpdated(quantity(0, 0, 2, 0));
+        strip.onSyncProgressUpdated(SyncQuantity {0, 0, 2, 0});
         QCOMPARE(strip.text(), kDone);
         strip.doCheckUpdate();
         QCOMPARE(client.waitFor(QStringLiteral("getSyncInfo")),

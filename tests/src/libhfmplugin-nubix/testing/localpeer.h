@@ -32,13 +32,11 @@ public:
         socket = nullptr;
         buffer.clear();
     }
-    // Writes one piece and pushes it out at once.
     void write(const QByteArray &bytes)
     {
         socket->write(bytes);
         socket->flush();
     }
-    // Writes one message and its delimiter.
     void send(const QByteArray &message) { write(message + '\x0c'); }
     // Everything received so far, waiting until at least `size` bytes are there.
     QByteArray received(int size = 0)
@@ -57,9 +55,7 @@ public:
             return buffer.contains('\x0c');
         });
         const int end = buffer.indexOf('\x0c');
-        if (end < 0)
-            return QByteArray();
-        const QByteArray frame = buffer.left(end);
+        const QByteArray frame = end < 0 ? QByteArray() : buffer.left(end);
         buffer.remove(0, end + 1);
         return frame;
     }

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <algorithm>
+
 // Records every log line written while it exists (from any thread), with its
 // category, so that a test can assert the exact set of warnings some input
 // produced, and wait for a line the code under test writes. Lines are not printed.
@@ -14,13 +16,13 @@ class MessageLog
 public:
     MessageLog()
     {
-        current() = this;
+        current = this;
         previous = qInstallMessageHandler(&MessageLog::handler);
     }
     ~MessageLog()
     {
         qInstallMessageHandler(previous);
-        current() = nullptr;
+        current = nullptr;
     }
     Q_DISABLE_COPY(MessageLog)
 
@@ -31,10 +33,8 @@ public:
     QStringList problems() const { return lines(QtWarningMsg) + lines(QtCriticalMsg) + lines(QtFatalMsg); }
     int count(QtMsgType type, const QString &prefix) const
     {
-        int n = 0;
-        for (const QString &line : lines(type))
-            n += line.startsWith(prefix) ? 1 : 0;
-        return n;
+        const QStringList all = lines(type);
+        return int(std::count_if(all.cbegin(), all.cend(), [&](const QString &l) { return l.startsWith(prefix); }));
     }
 
 private:
@@ -55,19 +55,15 @@ private:
         }
         return result;
     }
-    static MessageLog *&current()
-    {
-        static MessageLog *log = nullptr;
-        return log;
-    }
     static void handler(QtMsgType type, const QMessageLogContext &context, const QString &text)
     {
-        if (MessageLog *log = current()) {
+        if (MessageLog *log = current) {
             QMutexLocker lock(&log->mutex);
             log->entries.append({type, QString::fromLatin1(context.category), text});
         }
     }
 
+    static inline MessageLog *current = nullptr;
     mutable QMutex mutex;
     QList<Entry> entries;
     QtMessageHandler previous = nullptr;

@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QStringList>
 
+#include <algorithm>
+
 // The plug-in's message handler singleton connected to a peer on 127.0.0.1
 // that plays the sync client and lists what the plug-in asked of it. Lists
 // end at a fence request sent by drain(), so "nothing was sent" needs no wait.
@@ -47,13 +49,10 @@ public:
     QStringList waitFor(const QString &method)
     {
         QStringList sent;
+        const auto isIt = [&method](const QString &line) { return line.startsWith(method + QLatin1Char(' ')); };
         (void)QTest::qWaitFor([&] {
             sent += drain();
-            for (const QString &line : qAsConst(sent)) {
-                if (line.startsWith(method + QLatin1Char(' ')))
-                    return true;
-            }
-            return false;
+            return std::any_of(sent.cbegin(), sent.cend(), isIt);
         });
         return sent;
     }

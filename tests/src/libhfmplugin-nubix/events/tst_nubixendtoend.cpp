@@ -62,11 +62,14 @@ public:
         return env;
     }
 
-    // Starts the simulator and waits until it listens.
-    bool startSimulator(const QStringList &arguments)
+    // Starts the simulator and waits until it listens. The tree's own cases
+    // pace the transfers and leave out the periodic rescan.
+    bool startSimulator(const QStringList &arguments, bool paced = false)
     {
+        const QStringList pace {
+            QStringLiteral("--pace-ms"), QStringLiteral("100"), QStringLiteral("--rescan-ms"), QStringLiteral("0")};
         sim.setProcessEnvironment(environment());
-        sim.start(QStringLiteral(KELODRIVE_SIM_EXE), arguments);
+        sim.start(QStringLiteral(KELODRIVE_SIM_EXE), paced ? pace + arguments : arguments);
         return sim.waitForStarted(10000) && QTest::qWaitFor([this] {
             simOutput += QString::fromUtf8(sim.readAllStandardOutput());
             return simOutput.contains(QLatin1String("port ")) || sim.state() == QProcess::NotRunning;
@@ -87,7 +90,7 @@ public:
     // Runs script lines ($ROOT and $OUT replaced) and waits until they are
     // done; false, with the failing line logged, when the file manager
     // stopped (a failed wait or expectation ends it).
-    bool host(QString lines, int timeoutMs = 20000)
+    bool host(QString lines, int timeoutMs = 60000)
     {
         if (fm.state() == QProcess::NotRunning) {
             fm.setProcessEnvironment(environment());
@@ -205,12 +208,12 @@ private Q_SLOTS:
         QFETCH(QStringList, arguments);
         s->locale = locale;
         QFETCH(QString, checks);
-        QVERIFY(startSimulator(QStringList {QStringLiteral("--root"), root()} + arguments));
+        QVERIFY(s->startSimulator(QStringList {QStringLiteral("--root"), s->root()} + arguments));
         // The entry reads the cache when the view repaints; revisiting repaints it.
         const QString script = QStringLiteral("open nubix:///\nwait-for url last nubix:/// 15000\n"
                                               "cd last computer:///\nwait-for url last computer:///\n")
             + checks;
-        QVERIFY(host(script));
+        QVERIFY(s->host(script));
     }
 
     // The entry's actions reach the client or open the tree, and so does
@@ -219,7 +222,7 @@ private Q_SLOTS:
     // state is the scene's unit test.
     void entryMenuAndActivation()
     {
-        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+        QVERIFY(s->startSimulator({QStringLiteral("--root"), s->root()}));
         const QString script = QStringLiteral(R"(open computer:///
 wait 2000
 menu entry last "Kelo Drive"
@@ -243,7 +246,7 @@ wait-for url first computer:///
 activate first "Kelo Drive"
 wait-for url first nubix:/// 15000
 )");
-        QVERIFY(host(script));
+        QVERIFY(s->host(script));
         const QString ids = QStringLiteral("nubix-open nubix-open-in-win nubix-open-main-panel nubix-sync-detail "
                                            "nubix-trash-bin nubix-sync-pause nubix-upgrade-enterprise nubix-settings");
         QCOMPARE(menus(s->fmOutput), (QStringList {ids, ids}));
@@ -259,7 +262,7 @@ wait-for url first nubix:/// 15000
 
     void bannerStatesAndLinks()
     {
-        QVERIFY(startSimulator({QStringLiteral("--root"), root()}));
+        QVERIFY(s->startSimulator({QStringLiteral("--root"), s->root()}));
         const QString top = QStringLiteral("windows/0/tabs/0/top");
         // Each state is reached through a link, so one script serves.
         const QString script = QStringLiteral(R"(open nubix:///
@@ -273,165 +276,168 @@ top-link last SyncContinue
 wait-for state %1/icon fbnubix_drive_done 10000
 )")
                                    .arg(top);
-        QVERIFY(host(script));
+        QVERIFY(s->host(script));
 
         // The client stops: the banner asks to start it.
         // Seen by a file manager started afterwards, from the cached summary.
         s->simulator(QStringLiteral("quit\n"));
         QVERIFY(s->sim.waitForFinished(10000));
         s->stopFileManager();
-        QVERIFY(host(QStringLiteral(R"(open nubix:///
+        QVERIFY(s->host(QStringLiteral(R"(open nubix:///
 wait 1500
 wait-for state %1/icon fbnubix_drive_pause 15000
 expect %1/links '["LaunchApp"]'
 )")
-                         .arg(top)));
+                            .arg(top)));
     }
 
     void welcomeButtonStartsAndConnects()
     {
-        QVERIFY(startSimulator({QStringLiteral("--no-root")}));
+        QVERIFY(s->startSimulator({QStringLiteral("--no-root")}));
         const QString script = QStringLiteral(R"(open nubix-login:///
 wait-for url last nubix-login:/// 10000
 expect windows/0/tabs/0/view/buttons '["Open Kelo Drive"]'
 click last "Open Kelo Drive"
 wait 1000
 )");
-        QVERIFY(host(script));
+        QVERIFY(s->host(script));
         const QString answered = QStringLiteral("runs plug-in version 1.0.7");
         QVERIFY(s->simulatorLog(answered).contains(answered));
     }
 
     void windowsFollowTheSyncRoot()
     {
-        QVERIFY(startSimulator({QStringLiteral("--no-root")}, true));
+        QVERIFY(s->startSimulator({QStringLiteral("--no-root")}, true));
 
         // Without a root every way into the tree shows the welcome page, without view buttons.
-        QVERIFY(host(QStringLiteral("open nubix:///\n"
-                                    "wait-for url last nubix-login:///\n"
-                                    "wait-for state windows/-1/titlebar/iconViewBtn false\n"
-                                    "expect windows/-1/titlebar/listViewBtn false\n"
-                                    "expect windows/-1/titlebar/detailSpaceBtn false\n"
-                                    "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
-                                    "new-tab last nubix:///\n"
-                                    "wait-for state windows/-1/tabs/1/url nubix-login:///\n"
-                                    "new-window nubix:///\n"
-                                    "wait-for windows 2\n"
-                                    "wait-for url last nubix-login:///\n"
-                                    "wait-for state sidebar/items/[url=nubix-login:///]/name \"Kelo Drive\"\n"
-                                    "expect windows/0/sidebar/highlighted nubix-login:///\n")));
+        QVERIFY(s->host(QStringLiteral("open nubix:///\n"
+                                       "wait-for url last nubix-login:///\n"
+                                       "wait-for state windows/-1/titlebar/iconViewBtn false\n"
+                                       "expect windows/-1/titlebar/listViewBtn false\n"
+                                       "expect windows/-1/titlebar/detailSpaceBtn false\n"
+                                       "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
+                                       "new-tab last nubix:///\n"
+                                       "wait-for state windows/-1/tabs/1/url nubix-login:///\n"
+                                       "new-window nubix:///\n"
+                                       "wait-for windows 2\n"
+                                       "wait-for url last nubix-login:///\n"
+                                       "wait-for state sidebar/items/[url=nubix-login:///]/name \"Kelo Drive\"\n"
+                                       "expect windows/0/sidebar/highlighted nubix-login:///\n")));
 
         // A root appears: every welcome page moves to the tree, which lists the files.
-        s->simulator(QStringLiteral("root %1\n").arg(root()));
-        QVERIFY(host(QStringLiteral("wait-for url first nubix:///\n"
-                                    "wait-for url last nubix:///\n"
-                                    "wait-for state windows/0/tabs/1/url nubix:///\n"
-                                    "wait-for item last a.txt\n"
-                                    "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
-                                    "expect windows/-1/titlebar/iconViewBtn true\n"
-                                    "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal\n"
-                                    "expect windows/-1/sidebar/highlighted nubix-login:///\n"
-                                    "activate last sub\n"
-                                    "wait-for url last nubix:///sub\n"
-                                    "wait-for item last inner.txt\n"
-                                    "expect windows/-1/tabs/0/name sub\n"
-                                    "expect windows/-1/sidebar/highlighted \"\"\n")));
+        s->simulator(QStringLiteral("root %1\n").arg(s->root()));
+        QVERIFY(s->host(QStringLiteral("wait-for url first nubix:///\n"
+                                       "wait-for url last nubix:///\n"
+                                       "wait-for state windows/0/tabs/1/url nubix:///\n"
+                                       "wait-for item last a.txt\n"
+                                       "expect windows/-1/tabs/0/name \"Kelo Drive\"\n"
+                                       "expect windows/-1/titlebar/iconViewBtn true\n"
+                                       "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal\n"
+                                       "expect windows/-1/sidebar/highlighted nubix-login:///\n"
+                                       "activate last sub\n"
+                                       "wait-for url last nubix:///sub\n"
+                                       "wait-for item last inner.txt\n"
+                                       "expect windows/-1/tabs/0/name sub\n"
+                                       "expect windows/-1/sidebar/highlighted \"\"\n")));
 
         // Cleared again: the tree windows go back to the welcome page.
         s->simulator(QStringLiteral("root none\n"));
-        QVERIFY(host(QStringLiteral("wait-for url first nubix-login:///\n"
-                                    "wait-for url last nubix-login:///\n"
-                                    "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix-symbolic\n")));
+        QVERIFY(s->host(QStringLiteral("wait-for url first nubix-login:///\n"
+                                       "wait-for url last nubix-login:///\n"
+                                       "wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix-symbolic\n")));
     }
 
     void emblemsFollowTheClient()
     {
-        QVERIFY(startSimulator({QStringLiteral("--root"), root(), QStringLiteral("--ban"), QStringLiteral("/Private"),
-                                   QStringLiteral("--fail-pattern"), QStringLiteral("*.bad")},
-            true));
+        QVERIFY(
+            s->startSimulator({QStringLiteral("--root"), s->root(), QStringLiteral("--ban"), QStringLiteral("/Private"),
+                                  QStringLiteral("--fail-pattern"), QStringLiteral("*.bad")},
+                true));
 
         const QString item = QStringLiteral("windows/-1/tabs/0/view/items/[name=%1]/emblems");
-        QVERIFY(host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
-                                    "open nubix:///\n"
-                                    "wait-for item last a.txt 10000\n"
-                                    "wait-for state %1 '[\"fbnubix_file_done\"]'\n"
-                                    "wait-for state %2 '[\"fbnubix_file_error\"]'\n"
-                                    "wait-for state %3 '[\"fbnubix_file_ban\"]'\n")
-                         .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("broken.bad")),
-                             item.arg(QStringLiteral("Private")))));
+        QVERIFY(
+            s->host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
+                                   "open nubix:///\n"
+                                   "wait-for item last a.txt 10000\n"
+                                   "wait-for state %1 '[\"fbnubix_file_done\"]'\n"
+                                   "wait-for state %2 '[\"fbnubix_file_error\"]'\n"
+                                   "wait-for state %3 '[\"fbnubix_file_ban\"]'\n")
+                        .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("broken.bad")),
+                            item.arg(QStringLiteral("Private")))));
 
         // A transfer in progress shows on its ".temp" file, then on the file it became.
         s->simulator(QStringLiteral("pace 400\ndownload /fresh.txt 4000 4\n"));
-        QVERIFY(host(QStringLiteral("wait-for item last fresh.txt.temp\n"
-                                    "wait-for state %1 '[\"fbnubix_file_syncing\"]'\n"
-                                    "wait-for item last fresh.txt 10000\n"
-                                    "wait-for state %2 '[\"fbnubix_file_done\"]' 10000\n")
-                         .arg(item.arg(QStringLiteral("fresh.txt.temp")), item.arg(QStringLiteral("fresh.txt")))));
+        QVERIFY(s->host(QStringLiteral("wait-for item last fresh.txt.temp\n"
+                                       "wait-for state %1 '[\"fbnubix_file_syncing\"]'\n"
+                                       "wait-for item last fresh.txt 10000\n"
+                                       "wait-for state %2 '[\"fbnubix_file_done\"]' 10000\n")
+                            .arg(item.arg(QStringLiteral("fresh.txt.temp")), item.arg(QStringLiteral("fresh.txt")))));
 
         // A live change of status reaches the item.
         s->simulator(QStringLiteral(
             "notify fileSyncStatus {\"fileid\":1,\"isDir\":false,\"path\":\"/a.txt\",\"plan\":\"upload\","
             "\"plan_error\":0,\"plan_status\":2}\n"));
-        QVERIFY(host(
+        QVERIFY(s->host(
             QStringLiteral("wait-for state %1 '[\"fbnubix_file_syncing\"]'\n").arg(item.arg(QStringLiteral("a.txt")))));
 
         // The client goes away: no stale state is shown.
         s->simulator(QStringLiteral("quit\n"));
-        QVERIFY(host(QStringLiteral("wait-for state %1 []\n"
-                                    "wait-for state %2 []\n")
-                         .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("Private")))));
+        QVERIFY(s->host(QStringLiteral("wait-for state %1 []\n"
+                                       "wait-for state %2 []\n")
+                            .arg(item.arg(QStringLiteral("a.txt")), item.arg(QStringLiteral("Private")))));
     }
 
     void fileOperationsActOnLocalFiles()
     {
         for (const char *file : {"partial.txt.temp", "gone.txt", "trashme.txt", "moved.txt"})
-            QVERIFY(writeFile(root() + QLatin1Char('/') + QLatin1String(file), file));
-        QVERIFY(startSimulator({QStringLiteral("--root"), root()}, true));
+            QVERIFY(writeFile(s->root() + QLatin1Char('/') + QLatin1String(file), file));
+        QVERIFY(s->startSimulator({QStringLiteral("--root"), s->root()}, true));
 
-        QVERIFY(host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
-                                    "open nubix:///\n"
-                                    "wait-for item last a.txt 10000\n"
-                                    // A transfer in progress: one dialog, nothing opened.
-                                    "activate last partial.txt.temp\n"
-                                    "wait-for dialogs 1\n"
-                                    "expect dialogs/# 1\n"
-                                    "expect dialogs/0/title \"Open failed\"\n"
-                                    "expect opened/# 0\n"
-                                    // A synced file opens the local file.
-                                    "activate last a.txt\n"
-                                    "wait-for state opened/# 1\n"
-                                    "expect opened/0/url file://$ROOT/a.txt\n"
-                                    "expect dialogs/# 1\n"
-                                    "copy last nubix:/// $OUT/o.txt\n"
-                                    "wait-for idle\n"
-                                    "copy last $OUT nubix:///sub/inner.txt\n"
-                                    "wait-for idle\n"
-                                    "cut last nubix:///sub $ROOT/moved.txt\n"
-                                    "wait-for idle\n"
-                                    "mkdir last nubix:///made\n"
-                                    "touch last nubix:/// txt\n"
-                                    "rename last nubix:///a.txt b.txt\n"
-                                    // The renamed item is selected under the tree's own URL.
-                                    "wait-for state windows/-1/tabs/0/view/items/[name=b.txt]/selected true\n"
-                                    "expect windows/-1/tabs/0/view/items/[name=b.txt]/url nubix:///b.txt\n"
-                                    "expect windows/-1/tabs/0/view/items/[name=made]/selected false\n"
-                                    "delete last nubix:///gone.txt\n"
-                                    "wait-for idle\n"
-                                    "trash last nubix:///trashme.txt\n"
-                                    "wait-for idle\n"
-                                    "link last nubix:///b.txt $OUT/b.link\n"
-                                    "chmod last nubix:///b.txt 600\n"
-                                    "hide last nubix:///sub/inner.txt\n"
-                                    "wait-for idle\n"
-                                    "wait-for item last b.txt\n"
-                                    "wait-for state results/[event=1002]/targets/0 nubix:///b.txt\n"
-                                    // The host's own menu for the tree's items: a folder opens in the tree.
-                                    "menu item last b.txt\n"
-                                    "menu-trigger item last sub open\n"
-                                    "wait-for url last nubix:///sub\n")));
+        QVERIFY(
+            s->host(QStringLiteral("wait-for state sidebar/items/[url=nubix-login:///]/icon fbnubix_personal 10000\n"
+                                   "open nubix:///\n"
+                                   "wait-for item last a.txt 10000\n"
+                                   // A transfer in progress: one dialog, nothing opened.
+                                   "activate last partial.txt.temp\n"
+                                   "wait-for dialogs 1\n"
+                                   "expect dialogs/# 1\n"
+                                   "expect dialogs/0/title \"Open failed\"\n"
+                                   "expect opened/# 0\n"
+                                   // A synced file opens the local file.
+                                   "activate last a.txt\n"
+                                   "wait-for state opened/# 1\n"
+                                   "expect opened/0/url file://$ROOT/a.txt\n"
+                                   "expect dialogs/# 1\n"
+                                   "copy last nubix:/// $OUT/o.txt\n"
+                                   "wait-for idle\n"
+                                   "copy last $OUT nubix:///sub/inner.txt\n"
+                                   "wait-for idle\n"
+                                   "cut last nubix:///sub $ROOT/moved.txt\n"
+                                   "wait-for idle\n"
+                                   "mkdir last nubix:///made\n"
+                                   "touch last nubix:/// txt\n"
+                                   "rename last nubix:///a.txt b.txt\n"
+                                   // The renamed item is selected under the tree's own URL.
+                                   "wait-for state windows/-1/tabs/0/view/items/[name=b.txt]/selected true\n"
+                                   "expect windows/-1/tabs/0/view/items/[name=b.txt]/url nubix:///b.txt\n"
+                                   "expect windows/-1/tabs/0/view/items/[name=made]/selected false\n"
+                                   "delete last nubix:///gone.txt\n"
+                                   "wait-for idle\n"
+                                   "trash last nubix:///trashme.txt\n"
+                                   "wait-for idle\n"
+                                   "link last nubix:///b.txt $OUT/b.link\n"
+                                   "chmod last nubix:///b.txt 600\n"
+                                   "hide last nubix:///sub/inner.txt\n"
+                                   "wait-for idle\n"
+                                   "wait-for item last b.txt\n"
+                                   "wait-for state results/[event=1002]/targets/0 nubix:///b.txt\n"
+                                   // The host's own menu for the tree's items: a folder opens in the tree.
+                                   "menu item last b.txt\n"
+                                   "menu-trigger item last sub open\n"
+                                   "wait-for url last nubix:///sub\n")));
         QCOMPARE(menus(s->fmOutput), QStringList {QStringLiteral("open copy cut rename move-to-trash delete")});
 
-        const QString r = root() + QLatin1Char('/');
+        const QString r = s->root() + QLatin1Char('/');
         for (const char *made : {"o.txt", "sub/inner.txt", "sub/moved.txt", "New Document.txt", "b.txt",
                  "../outside/inner.txt", "../home/.local/share/Trash/files/trashme.txt"})
             QVERIFY2(QFile::exists(r + QLatin1String(made)), made);
@@ -448,16 +454,6 @@ wait 1000
     }
 
 private:
-    QString root() const { return s->root(); }
-    // The tree's own cases pace the transfers and leave out the periodic rescan.
-    bool startSimulator(const QStringList &arguments, bool paced = false)
-    {
-        const QStringList pace {
-            QStringLiteral("--pace-ms"), QStringLiteral("100"), QStringLiteral("--rescan-ms"), QStringLiteral("0")};
-        return s->startSimulator(paced ? pace + arguments : arguments);
-    }
-    bool host(const QString &lines, int timeoutMs = 60000) { return s->host(lines, timeoutMs); }
-
     std::unique_ptr<E2eSession> s;
 };
 

@@ -81,8 +81,6 @@ private Q_SLOTS:
 
         QTest::newRow("missing") << QByteArray();
         QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("only a section") << QByteArray("[General]\n");
-        QTest::newRow("only comments") << QByteArray("; nothing\n# here\n");
         // Values the settings reader would decode into types of its own; damaged
         // ones crash it, and this file never holds any.
         QTest::newRow("serialized value")

@@ -236,9 +236,6 @@ private Q_SLOTS:
             << QUrl::fromLocalFile(env.localPath(QStringLiteral("dir/doc.txt")));
         QTest::newRow("redirection of the cloud root")
             << QString() << UrlType::kRedirectedFileUrl << QUrl::fromLocalFile(env.root() + QLatin1Char('/'));
-        QTest::newRow("redirection of a missing file")
-            << "missing.txt" << UrlType::kRedirectedFileUrl
-            << QUrl::fromLocalFile(env.localPath(QStringLiteral("missing.txt")));
         QTest::newRow("link target inside the root") << "dir/link" << UrlType::kSymLinkTargetUrl << doc;
         QTest::newRow("link target outside the root") << "outlink" << UrlType::kSymLinkTargetUrl << QUrl();
         QTest::newRow("no link target") << "dir/doc.txt" << UrlType::kSymLinkTargetUrl << QUrl();
@@ -260,7 +257,6 @@ private Q_SLOTS:
         QTest::addColumn<CanType>("type");
         QTest::addColumn<bool>("asLocal");
 
-        QTest::newRow("redirect a file") << "dir/doc.txt" << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("redirect the cloud root") << QString() << CanType::kCanRedirectionFileUrl << false;
         QTest::newRow("rename") << "dir/doc.txt" << CanType::kCanRename << true;
         QTest::newRow("drag a missing file") << "missing.txt" << CanType::kCanDrag << true;

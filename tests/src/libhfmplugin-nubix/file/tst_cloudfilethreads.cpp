@@ -27,7 +27,6 @@ namespace {
 constexpr int kFolders = 3;
 constexpr int kFilesPerFolder = 10;
 constexpr int kRounds = 60;
-constexpr int kWorkers = 2;
 
 // Fills `root` with folders and files whose names carry `tag`; returns the names.
 QSet<QString> fillTree(const QString &root, const QString &tag)
@@ -135,19 +134,19 @@ private Q_SLOTS:
         NubixCaches *caches = NubixCaches::instance();
         const QStringList roots {env.root(), otherRoot.path()};
         caches->setSyncInfo(summary(roots.first(), 0));
+        // A fixed clock for the tips: libc's time zone state, behind Qt's local
+        // time, looks unsynchronised to the thread checker.
+        CloudProxyFileInfo::setClock([] { return QTime(10, 13); });
         std::atomic<int> entries {0};
-        std::atomic<int> running {kWorkers};
-        QStringList faults[kWorkers];
-        std::thread workers[kWorkers];
-        for (int w = 0; w < kWorkers; ++w) {
-            workers[w] = std::thread([&, w] {
-                faults[w] = listCloudTree(names, &entries);
-                --running;
-            });
-        }
+        std::atomic<bool> done {false};
+        QStringList faults;
+        std::thread worker([&] {
+            faults = listCloudTree(names, &entries);
+            done = true;
+        });
 
         int round = 0;
-        for (; running.load() > 0; ++round) {
+        for (; !done.load(); ++round) {
             const QString root = roots.at(round % 2);
             caches->setSyncInfo(summary(root, round));
             QList<FileData> batch;
@@ -168,14 +167,12 @@ private Q_SLOTS:
             NubixUtils::readyToAccess();
             NubixUtils::localToCloud(QUrl::fromLocalFile(root + QStringLiteral("/x")));
         }
-        for (std::thread &worker : workers)
-            worker.join();
+        worker.join();
 
-        for (const QStringList &found : faults)
-            QVERIFY2(found.isEmpty(), qPrintable(found.value(0)));
+        QVERIFY2(faults.isEmpty(), qPrintable(faults.value(0)));
         QVERIFY(round > 0);
         // Each listing keeps the local folder it started with.
-        QCOMPARE(entries.load(), kWorkers * kRounds * kFolders * (kFilesPerFolder + 1));
+        QCOMPARE(entries.load(), kRounds * kFolders * (kFilesPerFolder + 1));
     }
 
 private:

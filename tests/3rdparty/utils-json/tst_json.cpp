@@ -3,10 +3,8 @@
 
 #include <QTest>
 
-// What the plug-in takes from the helper: finding a key that an object
-// repeats over an earlier container, before the text reaches Qt's parser. The
-// rest of the class has no caller in the product; the fuzz target's replay
-// (fuzz_json) keeps its set, get and remove consistent.
+// The one call the plug-in makes; the rest of the class has no caller in the product, and the
+// fuzz target's replay (fuzz_json) keeps its set, get and remove consistent.
 class TestJson : public QObject
 {
     Q_OBJECT

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The plug-in inside the real file manager, talking to the real simulator:
-// both are separate processes under a temporary HOME. The file manager is
-// driven by an automation script fed line by line; the simulator by its
-// commands. Checks are the file manager's own waits on its printed state,
-// and the files on disk.
+// The plug-in inside the real file manager, talking to the real simulator.
+// Checks are the file manager's own waits on its printed state, and the files on disk.
 #include "teststrings.h"
 
 #include <QJsonArray>
@@ -23,10 +20,8 @@ bool writeFile(const QString &path, const QByteArray &data)
     return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
 }
 
-// The file manager with the plug-in and the simulator, both as processes
-// under a throw-away home. The file manager runs an automation script fed
-// line by line (started on first use); the simulator takes commands on its
-// standard input and logs what reached it. One session per test function.
+// Both programs as processes under a throw-away home, one session per test function: the file
+// manager runs a script fed line by line, the simulator takes commands and logs what reached it.
 class E2eSession
 {
 public:

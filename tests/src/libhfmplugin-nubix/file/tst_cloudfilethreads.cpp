@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The host lists cloud folders and drops file statuses on its own worker
-// threads while the GUI thread takes in the client's answers: a moved sync
-// root, file statuses, account figures, the cache file saved and read back.
-// Plain threads only, so that ThreadSanitizer sees every access; in any
+// The host lists cloud folders and drops statuses on its own threads while the GUI thread takes
+// in the client's answers. Plain threads, so that ThreadSanitizer sees every access; in any
 // build, a listing never mixes up the roots and no reader sees a torn record.
 #include "file/cloudproxyfileinfo.h"
 #include "utils/nubixutils.h"

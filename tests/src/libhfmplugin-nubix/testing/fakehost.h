@@ -5,10 +5,8 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
-// A directory holding a fake host executable that answers "-v" with the given
-// output (none: prints nothing). Without `install` it holds only the tools the
-// version query runs and is the whole search path, so that a file manager
-// installed on the machine stays out of sight.
+// A fake host executable answering "-v" with the given output. Without `install`, only the
+// tools the version query runs, as the whole search path: an installed host stays out of sight.
 class FakeHost
 {
 public:

@@ -15,6 +15,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextCodec>
+#include <QTimer>
 #include <QUuid>
 
 #include <sys/stat.h>
@@ -55,6 +56,10 @@ quint16 closedPort()
     return server.listen(QHostAddress::LocalHost) ? server.serverPort() : 0;
 }
 }   // namespace
+
+// The peer's behaviour while a synchronous request waits.
+enum class PeerDoes { Answer, Nothing, Disconnect, NotConnected };
+Q_DECLARE_METATYPE(PeerDoes)
 
 // The envelope, the dispatch, every request and every parser, and finding
 // and keeping the connection. Most protocol cases share one handler connected
@@ -422,6 +427,74 @@ private Q_SLOTS:
         // Parsed records are always confirmed by the client.
         QCOMPARE(received, (QVariantList {QString::fromUtf8(key), expected}));
         QVERIFY(log.problems().isEmpty());
+    }
+
+    void requestSyncWaitsWithoutBlocking_data()
+    {
+        QTest::addColumn<PeerDoes>("peerDoes");
+        QTest::addColumn<int>("result");
+        QTest::addColumn<QString>("warning");
+
+        QTest::newRow("answered") << PeerDoes::Answer << int(NubixMessageHandler::SyncResult::Answered) << QString();
+        QTest::newRow("timed out") << PeerDoes::Nothing << int(NubixMessageHandler::SyncResult::TimedOut)
+                                   << "NubixMessageHandler: Request timed out. Method: \"getSyncInfo\"";
+        QTest::newRow("connection lost")
+            << PeerDoes::Disconnect << int(NubixMessageHandler::SyncResult::Disconnected)
+            << "NubixMessageHandler: Disconnected before the answer. Method: \"getSyncInfo\"";
+        QTest::newRow("not connected")
+            << PeerDoes::NotConnected << int(NubixMessageHandler::SyncResult::Disconnected)
+            << "NubixMessageHandler: Not connected, not waiting for an answer. Method: \"getSyncInfo\"";
+    }
+
+    void requestSyncWaitsWithoutBlocking()
+    {
+        QFETCH(PeerDoes, peerDoes);
+        QFETCH(int, result);
+        QFETCH(QString, warning);
+
+        Wire own;
+        if (peerDoes != PeerDoes::NotConnected)
+            QVERIFY(own.connect());
+        QSignalSpy parsed(&own.handler, &NubixMessageHandler::sigResponseSyncInfo);
+        // Another answer arriving meanwhile goes to its parser at once.
+        QSignalSpy other(&own.handler, &NubixMessageHandler::sigResponseFileStatus);
+        bool timerRan = false;
+        // Dies with the row: without a wait the timer is still pending at its end.
+        QObject rowScope;
+        QTimer::singleShot(0, &rowScope, [&timerRan] { timerRan = true; });
+        if (own.peer.socket) {
+            QObject::connect(own.peer.socket, &QTcpSocket::readyRead, this, [&own, peerDoes] {
+                const QByteArray key = own.peer.nextBody().value(QStringLiteral("key")).toString().toUtf8();
+                own.peer.send(response("getFileStatus", "x", "{}"));
+                if (peerDoes == PeerDoes::Answer)
+                    own.peer.send(response("getSyncInfo", key, R"({"code":0,"result":{"syncRoot":"/r"}})"));
+                else if (peerDoes == PeerDoes::Disconnect)
+                    own.peer.disconnectClient();
+            });
+        }
+
+        MessageLog log;
+        NubixMessageHandler::SyncResult got = NubixMessageHandler::SyncResult::Answered;
+        const QVariantMap answer = own.handler.requestSync(QStringLiteral("getSyncInfo"), QVariantMap(), 1000, &got);
+
+        QCOMPARE(int(got), result);
+        const QStringList waits
+            = log.lines(QtWarningMsg)
+                  .filter(QRegularExpression(QStringLiteral("timed out|before the answer|not waiting")));
+        QCOMPARE(waits.size(), warning.isEmpty() ? 0 : 1);
+        if (!warning.isEmpty())
+            QVERIFY2(waits.first().startsWith(warning), qPrintable(waits.first()));
+        if (peerDoes == PeerDoes::Answer) {
+            QCOMPARE(answer.value(QStringLiteral("result")).toMap().value(QStringLiteral("syncRoot")).toString(),
+                QStringLiteral("/r"));
+            QCOMPARE(parsed.count(), 1);
+        } else {
+            QVERIFY(answer.isEmpty());
+        }
+        if (peerDoes != PeerDoes::NotConnected)
+            QCOMPARE(other.count(), 1);
+        // The event loop ran while waiting; without a connection nothing waits.
+        QCOMPARE(timerRan, peerDoes != PeerDoes::NotConnected);
     }
 
     // A client that stops answering gets one warning per silence, however many

@@ -3,6 +3,7 @@
 #include <hpf/event/eventdefaults.h>
 
 #include <QAtomicInt>
+#include <QMutex>
 #include <QRegularExpression>
 #include <QThread>
 #include <QTimer>
@@ -24,7 +25,6 @@ public:
         calls << QStringLiteral("add");
         return a + b;
     }
-    QString name() const { return QStringLiteral("receiver"); }
     void noReturn(const QString &text) { calls << text; }
     bool fillName(const QUrl &url, QString *name)
     {
@@ -67,15 +67,19 @@ QStringList list(const char *items)
     return QString::fromUtf8(items).split(QLatin1Char(','), Qt::SkipEmptyParts);
 }
 
-QAtomicInt g_threadWarnings;
+// Off-main-thread warnings, counted per text.
+QMutex g_threadWarningsLock;
+QMap<QString, int> g_threadWarnings;
 QtMessageHandler g_previousHandler = nullptr;
 
 void countThreadWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (message.startsWith(QLatin1String("[Event Thread]: The event call does not run in the main thread: ")))
-        g_threadWarnings.ref();
-    else
+    if (!message.startsWith(QLatin1String("[Event Thread]: "))) {
         g_previousHandler(type, context, message);
+        return;
+    }
+    QMutexLocker locker(&g_threadWarningsLock);
+    ++g_threadWarnings[message];
 }
 
 }   // namespace
@@ -85,6 +89,11 @@ class TestEvent : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        m_timer.setObjectName(QStringLiteral("the timer"));
+        m_timer.setInterval(250);
+    }
     void init()
     {
         m_channel.reset(new hpf::EventChannelManager);
@@ -100,24 +109,35 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("expected");
         QTest::addColumn<QString>("warning");
 
+        auto refused = [](const char *why) -> QString {
+            return QStringLiteral("^Event receiver hpftest::slot_Add refused the call: ") + QLatin1String(why);
+        };
         QTest::newRow("two ints") << "slot_Add" << QVariantList {2, 3} << QVariant(5) << QString();
         QTest::newRow("string converted to int")
             << "slot_Add" << QVariantList {QStringLiteral("40"), 2} << QVariant(42) << QString();
-        QTest::newRow("const member") << "slot_Name" << QVariantList() << QVariant(QStringLiteral("receiver"))
-                                      << QString();
         QTest::newRow("void member gives invalid")
             << "slot_NoReturn" << QVariantList {QStringLiteral("x")} << QVariant() << QString();
         QTest::newRow("lambda") << "slot_Lambda" << QVariantList {QUrl(QStringLiteral("file:///a/b.txt"))}
                                 << QVariant(QStringLiteral("b.txt")) << QString();
         QTest::newRow("unknown topic") << "slot_Nobody" << QVariantList {1} << QVariant() << QString();
         QTest::newRow("too many arguments")
-            << "slot_Add" << QVariantList {1, 2, 3} << QVariant()
-            << "^Event receiver hpftest::slot_Add refused the call: it takes 2 argument\\(s\\), 3 given$";
-        QTest::newRow("unconvertible type")
-            << "slot_Add" << QVariantList {QUrl(QStringLiteral("file:///x")), 1} << QVariant()
-            << "^Event receiver hpftest::slot_Add refused the call: argument 0 is QUrl and cannot become int$";
-        QTest::newRow("invalid argument") << "slot_Add" << QVariantList {1, QVariant()} << QVariant()
-                                          << "slot_Add refused the call: argument 1 is an invalid value";
+            << "slot_Add" << QVariantList {1, 2, 3} << QVariant() << refused("it takes 2 argument\\(s\\), 3 given$");
+        QTest::newRow("unconvertible type") << "slot_Add" << QVariantList {QUrl(QStringLiteral("file:///x")), 1}
+                                            << QVariant() << refused("argument 0 is QUrl and cannot become int$");
+        QTest::newRow("invalid argument")
+            << "slot_Add" << QVariantList {1, QVariant()} << QVariant() << refused("argument 1 is an invalid value");
+        // Object pointers convert along the class hierarchy, both ways.
+        QTest::newRow("derived to base parameter") << "slot_ObjectName" << QVariantList {QVariant::fromValue(&m_timer)}
+                                                   << QVariant(QStringLiteral("the timer")) << QString();
+        QTest::newRow("base pointer to derived parameter")
+            << "slot_Interval" << QVariantList {QVariant::fromValue(static_cast<QObject *>(&m_timer))} << QVariant(250)
+            << QString();
+        QTest::newRow("null object pointer")
+            << "slot_Interval" << QVariantList {QVariant::fromValue(static_cast<QTimer *>(nullptr))} << QVariant(-1)
+            << QString();
+        QTest::newRow("object of another class")
+            << "slot_Interval" << QVariantList {QVariant::fromValue(&m_plain)} << QVariant()
+            << "slot_Interval refused the call: argument 0 is QObject\\*";
     }
     void pushConvertsArguments()
     {
@@ -128,10 +148,11 @@ private Q_SLOTS:
 
         Receiver *r = m_receiver.get();
         QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Add"), r, &Receiver::add));
-        QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Name"), r, &Receiver::name));
         QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_NoReturn"), r, &Receiver::noReturn));
         QVERIFY(
             m_channel->connect(kSpace, QStringLiteral("slot_Lambda"), [](const QUrl &url) { return url.fileName(); }));
+        QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_ObjectName"), r, &Receiver::objectNameOf));
+        QVERIFY(m_channel->connect(kSpace, QStringLiteral("slot_Interval"), r, &Receiver::timerInterval));
 
         if (!warning.isEmpty())
             expectWarning(warning);
@@ -145,7 +166,6 @@ private Q_SLOTS:
     void pushReachesNewestReceiver()
     {
         const QString topic = QStringLiteral("slot_Value");
-        QVERIFY(!m_channel->hasTopic(kSpace, topic));
         QVERIFY(m_channel->connect(kSpace, topic, [] { return 1; }));
         QVERIFY(m_channel->connect(kSpace, topic, [] { return 2; }));
         QCOMPARE(m_channel->push(kSpace, topic), QVariant(2));
@@ -154,7 +174,6 @@ private Q_SLOTS:
 
         QVERIFY(m_channel->disconnect(kSpace, topic));
         QVERIFY(!m_channel->disconnect(kSpace, topic));
-        QVERIFY(!m_channel->hasTopic(kSpace, topic));
         QVERIFY(!m_channel->push(kSpace, topic).isValid());
 
         expectWarning(QStringLiteral("EventChannelManager::connect: refused an empty space"));
@@ -181,46 +200,6 @@ private Q_SLOTS:
         expectWarning(QStringLiteral("slot_Emblems refused the call: argument 1 is QString\\*"));
         QVERIFY(!m_channel->push(kSpace, QStringLiteral("slot_Emblems"), QUrl(), &name).isValid());
         QCOMPARE(name, QStringLiteral("x.txt"));
-    }
-
-    void objectPointersConvert_data()
-    {
-        QTest::addColumn<QString>("topic");
-        QTest::addColumn<int>("given");   // index into the arguments made by the test
-        QTest::addColumn<QVariant>("expected");
-        QTest::addColumn<QString>("warning");
-
-        QTest::newRow("derived to base parameter")
-            << "slot_ObjectName" << 0 << QVariant(QStringLiteral("the timer")) << QString();
-        QTest::newRow("base pointer to derived parameter") << "slot_Interval" << 1 << QVariant(250) << QString();
-        QTest::newRow("null object pointer") << "slot_Interval" << 2 << QVariant(-1) << QString();
-        QTest::newRow("object of another class")
-            << "slot_Interval" << 3 << QVariant() << "slot_Interval refused the call: argument 0 is QObject\\*";
-        QTest::newRow("not a pointer") << "slot_ObjectName" << 4 << QVariant()
-                                       << "slot_ObjectName refused the call: argument 0";
-    }
-    void objectPointersConvert()
-    {
-        QFETCH(QString, topic);
-        QFETCH(int, given);
-        QFETCH(QVariant, expected);
-        QFETCH(QString, warning);
-
-        Receiver *r = m_receiver.get();
-        m_channel->connect(kSpace, QStringLiteral("slot_ObjectName"), r, &Receiver::objectNameOf);
-        m_channel->connect(kSpace, QStringLiteral("slot_Interval"), r, &Receiver::timerInterval);
-
-        QTimer timer;
-        timer.setObjectName(QStringLiteral("the timer"));
-        timer.setInterval(250);
-        QObject plain;
-        const QVariant args[] = {QVariant::fromValue(&timer), QVariant::fromValue(static_cast<QObject *>(&timer)),
-            QVariant::fromValue(static_cast<QTimer *>(nullptr)), QVariant::fromValue(&plain),
-            QStringLiteral("no object")};
-
-        if (!warning.isEmpty())
-            expectWarning(warning);
-        QCOMPARE(m_channel->pushList(kSpace, topic, {args[given]}), expected);
     }
 
     void destroyedReceiverIsRefused()
@@ -256,12 +235,13 @@ private Q_SLOTS:
         QFETCH(QList<bool>, filters);
 
         const hpf::EventType type = 1;
+        const QUrl url(QStringLiteral("file:///tmp"));
         QStringList calls;
         // Listeners first, so that order of installation cannot fake the result.
         for (int i = 0; i < 2; ++i) {
-            m_dispatcher->subscribeInvoker(type, this, invoker([&calls, i](quint64 id, const QUrl &url) {
+            m_dispatcher->subscribeInvoker(type, this, invoker([&calls, i, url](quint64 id, const QUrl &given) {
                 QCOMPARE(id, quint64(9));
-                QCOMPARE(url, QUrl(QStringLiteral("file:///tmp")));
+                QCOMPARE(given, url);
                 calls << QStringLiteral("l%1").arg(i);
             }));
         }
@@ -274,50 +254,25 @@ private Q_SLOTS:
         }
         if (global != QLatin1String("none")) {
             const bool consume = global == QLatin1String("true");
+            // Global filters get the type and the arguments as published.
             m_dispatcher->installGlobalFilterInvoker(
-                this, invoker([&calls, consume](hpf::EventType, const QVariantList &) {
-                    calls << QStringLiteral("g");
+                this, invoker([&calls, consume, url](hpf::EventType t, const QVariantList &args) {
+                    const bool seen = t == 1 && args == QVariantList {quint64(9), url};
+                    calls << (seen ? QStringLiteral("g") : QStringLiteral("g, other arguments"));
                     return consume;
                 }));
         }
 
-        QTEST(m_dispatcher->publish(type, quint64(9), QUrl(QStringLiteral("file:///tmp"))), "expectedResult");
+        QTEST(m_dispatcher->publish(type, quint64(9), url), "expectedResult");
         QTEST(calls, "expectedCalls");
-    }
-
-    void globalFilterSeesTypeAndArguments()
-    {
-        struct Seen
-        {
-            QList<hpf::EventType> types;
-            QList<QVariantList> args;
-            bool filter(hpf::EventType type, const QVariantList &args)
-            {
-                types << type;
-                this->args << args;
-                return false;
-            }
-        } seen;
-        QVERIFY(m_dispatcher->installGlobalEventFilter(&seen, &Seen::filter));
-        m_dispatcher->publish(208, QStringLiteral("a"), 4);
-        m_dispatcher->publish(1);
-        QCOMPARE(seen.types, (QList<hpf::EventType> {208, 1}));
-        QCOMPARE(seen.args.at(0), (QVariantList {QStringLiteral("a"), 4}));
-        QVERIFY(seen.args.at(1).isEmpty());
-        // Publishing an event nobody subscribed does not create its dispatcher.
-        QVERIFY(!m_dispatcher->hasDispatcher(208));
     }
 
     void subscribeAndRemoveByOwner()
     {
         Receiver a;
         Receiver b;
-        QVERIFY(!m_dispatcher->hasDispatcher(5));
         QVERIFY(m_dispatcher->subscribe(5, &a, &Receiver::noReturn));
-        QVERIFY(m_dispatcher->hasDispatcher(5));
         QVERIFY(m_dispatcher->subscribe(5, &b, &Receiver::noReturn));
-        QVERIFY(m_dispatcher->installEventFilter(6, &a, &Receiver::fillName));
-        QVERIFY(m_dispatcher->hasDispatcher(6));
         QVERIFY(m_dispatcher->publish(5, QStringLiteral("hello")));
         QCOMPARE(a.calls, QStringList {QStringLiteral("hello")});
 
@@ -327,15 +282,10 @@ private Q_SLOTS:
         m_dispatcher->publish(5, QStringLiteral("x"));
         QCOMPARE(a.calls.size(), 1);
 
-        int filtered = 0;
-        m_dispatcher->installFilterInvoker(5, &a, invoker([&filtered](const QString &) {
-            ++filtered;
-            return true;
-        }));
+        m_dispatcher->installFilterInvoker(5, &a, invoker([](const QString &) { return true; }));
         QVERIFY(!m_dispatcher->publish(5, QStringLiteral("y")));
         QVERIFY(m_dispatcher->removeEventFilter(5, &a));
         QVERIFY(m_dispatcher->publish(5, QStringLiteral("z")));
-        QCOMPARE(filtered, 1);
 
         m_dispatcher->installGlobalFilterInvoker(&a, [](const QVariantList &) { return QVariant(true); });
         QVERIFY(!m_dispatcher->publish(5, QStringLiteral("w")));
@@ -343,20 +293,6 @@ private Q_SLOTS:
         QVERIFY(!m_dispatcher->removeGlobalEventFilter(&a));
         QVERIFY(m_dispatcher->publish(5, QStringLiteral("v")));
         QCOMPARE(b.calls, list("hello,x,z,v"));
-    }
-
-    void refusedListenerDoesNotStopOthers()
-    {
-        // The same event published with one argument reaches a one-argument
-        // listener even though a two-argument listener refuses it.
-        Receiver a;
-        QStringList calls;
-        m_dispatcher->subscribe(2, &a, &Receiver::add);
-        m_dispatcher->subscribeInvoker(2, this, invoker([&calls](const QUrl &url) { calls << url.toString(); }));
-        expectWarning(QStringLiteral("^Event receiver 2 refused the call: it takes 2 argument\\(s\\), 1 given$"));
-        QVERIFY(m_dispatcher->publish(2, QUrl(QStringLiteral("file:///x"))));
-        QCOMPARE(calls, QStringList {QStringLiteral("file:///x")});
-        QVERIFY(a.calls.isEmpty());
     }
 
     void trailingDefaultsServeEveryForm_data()
@@ -376,6 +312,7 @@ private Q_SLOTS:
             << QStringList {refused.arg(1).arg(3), refused.arg(2).arg(3)};
         QTest::newRow("fewer than the leading ones is refused")
             << true << QVariantList() << list("raw:0") << QStringList {refused.arg(1).arg(0), refused.arg(2).arg(0)};
+        // A refused receiver does not stop the others.
         QTest::newRow("undeclared event is strict")
             << false << QVariantList {url} << list("1:/x,raw:1") << QStringList {refused.arg(2).arg(1)};
     }
@@ -450,7 +387,6 @@ private Q_SLOTS:
 
         const QString hook = QStringLiteral("hook_Answer");
         QVERIFY(m_sequence->declare(kSpace, hook));
-        QVERIFY(m_sequence->isDeclared(kSpace, hook));
         int calls = 0;
         for (bool answer : qAsConst(answers)) {
             QVERIFY(m_sequence->followInvoker(kSpace, hook, this, invoker([&calls, answer](const QString &) {
@@ -462,9 +398,7 @@ private Q_SLOTS:
         QTEST(calls, "expectedCalls");
 
         QCOMPARE(m_sequence->unfollow(kSpace, hook, this), !answers.isEmpty());
-        calls = 0;
         QVERIFY(!m_sequence->run(kSpace, hook, QStringLiteral("arg")));
-        QCOMPARE(calls, 0);
     }
 
     void followUndeclaredHookWarns()
@@ -472,7 +406,6 @@ private Q_SLOTS:
         Receiver r;
         expectWarning(QStringLiteral("^EventSequenceManager::follow: invalid topic hpftest::hook_Missing"));
         QVERIFY(!m_sequence->follow(kSpace, QStringLiteral("hook_Missing"), &r, &Receiver::fillName));
-        QVERIFY(!m_sequence->isDeclared(kSpace, QStringLiteral("hook_Missing")));
         QVERIFY(!m_sequence->run(kSpace, QStringLiteral("hook_Missing"), QUrl(), static_cast<QString *>(nullptr)));
 
         // Declaring twice keeps the followers, which fill out-arguments.
@@ -482,45 +415,6 @@ private Q_SLOTS:
         QString name;
         QVERIFY(m_sequence->run(kSpace, QStringLiteral("hook_Twice"), QUrl(QStringLiteral("file:///n")), &name));
         QCOMPARE(name, QStringLiteral("n"));
-    }
-
-    void offMainThreadWarnsAndCalls_data()
-    {
-        QTest::addColumn<QString>("channel");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("slot push") << QStringLiteral("slot") << QStringLiteral("hpftest::slot_Thread");
-        QTest::newRow("event publish") << QStringLiteral("event") << QStringLiteral("4242");
-        QTest::newRow("hook run") << QStringLiteral("hook") << QStringLiteral("hpftest::hook_Thread");
-    }
-    void offMainThreadWarnsAndCalls()
-    {
-        QFETCH(QString, channel);
-        QFETCH(QString, name);
-
-        QAtomicInt calledOn(0);
-        QThread *mainThread = QThread::currentThread();
-        auto receiver = [&calledOn, mainThread](int v) {
-            calledOn.storeRelease(QThread::currentThread() != mainThread ? v : -1);
-            return false;
-        };
-        m_channel->connect(kSpace, QStringLiteral("slot_Thread"), receiver);
-        m_dispatcher->subscribeInvoker(4242, this, invoker(receiver));
-        m_sequence->declare(kSpace, QStringLiteral("hook_Thread"));
-        m_sequence->followInvoker(kSpace, QStringLiteral("hook_Thread"), this, invoker(receiver));
-
-        QTest::ignoreMessage(QtWarningMsg,
-            qPrintable(QStringLiteral("[Event Thread]: The event call does not run in the main thread: ") + name));
-        QScopedPointer<QThread> worker(QThread::create([&] {
-            if (channel == QLatin1String("slot"))
-                m_channel->push(kSpace, QStringLiteral("slot_Thread"), 7);
-            else if (channel == QLatin1String("event"))
-                m_dispatcher->publish(4242, 7);
-            else
-                m_sequence->run(kSpace, QStringLiteral("hook_Thread"), 7);
-        }));
-        worker->start();
-        QVERIFY(worker->wait(10000));
-        QCOMPARE(calledOn.loadAcquire(), 7);
     }
 
     void concurrentSubscribeAndPublish()
@@ -535,7 +429,7 @@ private Q_SLOTS:
         m_sequence->declare(kSpace, QStringLiteral("hook_Busy"));
         m_channel->connect(kSpace, QStringLiteral("slot_Busy"), [&pushed](int) { pushed.ref(); });
 
-        g_threadWarnings.storeRelaxed(0);
+        g_threadWarnings.clear();
         g_previousHandler = qInstallMessageHandler(countThreadWarnings);
         std::vector<std::unique_ptr<QThread>> workers;
         for (int t = 0; t < kThreads; ++t) {
@@ -563,7 +457,13 @@ private Q_SLOTS:
         QCOMPARE(listened.loadRelaxed(), kThreads * kRounds * (kRounds + 1) / 2);
         QCOMPARE(pushed.loadRelaxed(), kThreads * kRounds);
         QCOMPARE(followed.loadRelaxed(), kThreads * kRounds);
-        QCOMPARE(g_threadWarnings.loadRelaxed(), kThreads * kRounds * 3);
+        QMap<QString, int> expected;
+        const QString prefix = QStringLiteral("[Event Thread]: The event call does not run in the main thread: ");
+        for (int t = 0; t < kThreads; ++t)
+            expected.insert(prefix + QString::number(500 + t), kRounds);
+        expected.insert(prefix + QStringLiteral("hpftest::slot_Busy"), kThreads * kRounds);
+        expected.insert(prefix + QStringLiteral("hpftest::hook_Busy"), kThreads * kRounds);
+        QCOMPARE(g_threadWarnings, expected);
     }
 
 private:
@@ -571,6 +471,8 @@ private:
     std::unique_ptr<hpf::EventDispatcherManager> m_dispatcher;
     std::unique_ptr<hpf::EventSequenceManager> m_sequence;
     std::unique_ptr<Receiver> m_receiver;
+    QTimer m_timer;
+    QObject m_plain;
 };
 
 QTEST_GUILESS_MAIN(TestEvent)

@@ -11,7 +11,6 @@
 #include <cstring>
 #include <linux/capability.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -51,12 +50,31 @@ private:
     bool dropped = false;
 };
 
-bool onOtherFileSystem(const QString &path)
+// A folder on another file system than the temporary one, or null.
+std::unique_ptr<QTemporaryDir> folderElsewhere()
 {
     struct stat there;
     struct stat here;
-    return ::stat(QFile::encodeName(path).constData(), &there) == 0
-        && ::stat(QFile::encodeName(QDir::tempPath()).constData(), &here) == 0 && here.st_dev != there.st_dev;
+    if (::stat("/dev/shm", &there) != 0 || ::stat(QFile::encodeName(QDir::tempPath()).constData(), &here) != 0
+        || here.st_dev == there.st_dev)
+        return nullptr;
+    auto dir = std::make_unique<QTemporaryDir>(QStringLiteral("/dev/shm/filejobs-XXXXXX"));
+    return dir->isValid() ? std::move(dir) : nullptr;
+}
+
+int modeOf(const QString &path)
+{
+    struct stat st;
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
+}
+
+// Sets an environment variable, or unsets it for a null value.
+void setEnv(const char *name, const QString &value)
+{
+    if (value.isNull())
+        qunsetenv(name);
+    else
+        qputenv(name, value.toUtf8());
 }
 
 }   // namespace
@@ -69,19 +87,17 @@ private Q_SLOTS:
     void init() { dir.reset(new QTemporaryDir); }
     void freeName_data();
     void freeName();
-    void copyKeepsEverythingAndTakesFreeNames_data();
-    void copyKeepsEverythingAndTakesFreeNames();
     void copiesTreesWithLinks();
     void moveRenamesAndLeavesNothingBehind();
     void refusals_data();
     void refusals();
     void removeNeverFollowsLinks();
     void trashFollowsTheHomeTrashLayout_data();
+    void trashFollowsTheHomeTrashLayout();
     void specialFilesNeverBlock_data();
     void specialFilesNeverBlock();
     void cutOutOfReadOnlyFolder_data();
     void cutOutOfReadOnlyFolder();
-    void trashFollowsTheHomeTrashLayout();
 
 private:
     QString at(const QString &relative) const { return dir->filePath(relative); }
@@ -99,13 +115,16 @@ private:
 
 void FileJobsTest::freeName_data()
 {
-    QTest::addColumn<QStringList>("taken");
+    QTest::addColumn<QStringList>("taken");   // "name/" a folder, "name@" a dangling link, else a file
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("folder");
     QTest::addColumn<QString>("expected");
 
     QTest::newRow("free name stays") << QStringList() << "a.txt" << false << "a.txt";
     QTest::newRow("first clash") << words("a.txt") << "a.txt" << false << "a (1).txt";
+    QTest::newRow("second clash") << words("a.txt|a (1).txt") << "a.txt" << false << "a (2).txt";
+    QTest::newRow("taken by a folder") << words("a.txt/") << "a.txt" << false << "a (1).txt";
+    QTest::newRow("taken by a dangling link") << words("a.txt@") << "a.txt" << false << "a (1).txt";
     QTest::newRow("no suffix") << words("notes") << "notes" << false << "notes (1)";
     QTest::newRow("double tar suffix") << words("a.tar.gz") << "a.tar.gz" << false << "a (1).tar.gz";
     QTest::newRow("dot file") << words(".profile") << ".profile" << false << ".profile (1)";
@@ -121,46 +140,20 @@ void FileJobsTest::freeName()
     QFETCH(QString, name);
     QFETCH(bool, folder);
     QFETCH(QString, expected);
-    for (const QString &existing : taken)
-        writeFile(at(existing));
+    QStringList names;
+    for (const QString &entry : taken) {
+        names.append(entry.endsWith(QLatin1Char('/')) || entry.endsWith(QLatin1Char('@')) ? entry.chopped(1) : entry);
+        if (entry.endsWith(QLatin1Char('/')))
+            QVERIFY(QDir().mkpath(at(names.last())));
+        else if (entry.endsWith(QLatin1Char('@')))
+            QVERIFY(QFile::link(at("nowhere"), at(names.last())));
+        else
+            writeFile(at(entry));
+    }
     QCOMPARE(hdeapp::freeTargetPath(dir->path(), name, folder), at(expected));
     QCOMPARE(hdehost::freeFileName(
-                 name, [&taken](const QString &n) { return taken.contains(n); }, folder),
+                 name, [&names](const QString &n) { return names.contains(n); }, folder),
         expected);
-}
-
-void FileJobsTest::copyKeepsEverythingAndTakesFreeNames_data()
-{
-    QTest::addColumn<QStringList>("inTarget");
-    QTest::addColumn<QString>("arrivesAs");
-
-    QTest::newRow("empty target") << QStringList() << "a.txt";
-    QTest::newRow("same name in target") << words("a.txt") << "a (1).txt";
-    QTest::newRow("same name twice") << words("a.txt|a (1).txt") << "a (2).txt";
-    QTest::newRow("folder of that name") << words("a.txt/") << "a (1).txt";
-}
-
-void FileJobsTest::copyKeepsEverythingAndTakesFreeNames()
-{
-    QFETCH(QStringList, inTarget);
-    QFETCH(QString, arrivesAs);
-    writeFile(at("src/a.txt"), "source");
-    QDir().mkpath(at("dst"));
-    for (const QString &existing : inTarget) {
-        if (existing.endsWith(QLatin1Char('/')))
-            QDir().mkpath(at(QStringLiteral("dst/") + existing));
-        else
-            writeFile(at(QStringLiteral("dst/") + existing), "old " + existing.toUtf8());
-    }
-    const TransferResult result = transfer(words("src/a.txt"), "dst", false);
-    QVERIFY2(result.ok(), qPrintable(result.error));
-    QCOMPARE(result.targets, QStringList {at(QStringLiteral("dst/") + arrivesAs)});
-    QCOMPARE(readFile(at(QStringLiteral("dst/") + arrivesAs)), QByteArray("source"));
-    QCOMPARE(readFile(at("src/a.txt")), QByteArray("source"));
-    for (const QString &existing : inTarget) {
-        if (!existing.endsWith(QLatin1Char('/')))
-            QCOMPARE(readFile(at(QStringLiteral("dst/") + existing)), "old " + existing.toUtf8());
-    }
 }
 
 void FileJobsTest::copiesTreesWithLinks()
@@ -255,47 +248,11 @@ void FileJobsTest::removeNeverFollowsLinks()
     QVERIFY(error.contains(QLatin1String("does not exist")));
 }
 
-namespace {
-
-int modeOf(const QString &path)
-{
-    struct stat st;
-    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
-}
-
-// Sets or clears an environment variable for the lifetime of the object.
-class EnvSwap
-{
-public:
-    EnvSwap(const char *name, const QString &value) : name(name), had(qEnvironmentVariableIsSet(name))
-    {
-        old = qgetenv(name);
-        if (value.isNull())
-            qunsetenv(name);
-        else
-            qputenv(name, value.toUtf8());
-    }
-    ~EnvSwap()
-    {
-        if (had)
-            qputenv(name, old);
-        else
-            qunsetenv(name);
-    }
-
-private:
-    const char *name;
-    bool had;
-    QByteArray old;
-};
-
-}   // namespace
-
 void FileJobsTest::trashFollowsTheHomeTrashLayout_data()
 {
-    QTest::addColumn<QString>("xdgDataHome");   // relative to the test folder unless absolute-looking "/..."
+    QTest::addColumn<QString>("xdgDataHome");   // in the test folder; "@x" is "x" as given
     QTest::addColumn<bool>("hasHome");
-    QTest::addColumn<QStringList>("existing");   // made before; "Trash 0755" style entries are folders
+    QTest::addColumn<QStringList>("existing");   // made before with mode 0755; folders unless *.txt
     QTest::addColumn<QString>("trash");   // expected trash folder, empty: trashing fails
     QTest::addColumn<QString>("name");   // expected name in files/
     QTest::addColumn<QStringList>("privateFolders");   // folders that must have been created with 0700
@@ -337,8 +294,8 @@ void FileJobsTest::trashFollowsTheHomeTrashLayout()
     const QString xdg = xdgDataHome.isEmpty()      ? QString()
         : xdgDataHome.startsWith(QLatin1Char('@')) ? xdgDataHome.mid(1)
                                                    : at(xdgDataHome);
-    EnvSwap homeEnv("HOME", hasHome ? at("home") : QString());
-    EnvSwap dataEnv("XDG_DATA_HOME", xdg);
+    setEnv("HOME", hasHome ? at("home") : QString());
+    setEnv("XDG_DATA_HOME", xdg);
     const QString cwd = QDir::currentPath();
     QDir::setCurrent(at("cwd"));
 
@@ -408,14 +365,9 @@ void FileJobsTest::specialFilesNeverBlock()
     QString dst = at("dst");
     std::unique_ptr<QTemporaryDir> elsewhere;
     if (operation == QLatin1String("move-other-fs")) {
-        // A folder on another file system forces the copy-then-remove way.
-        struct stat here;
-        struct stat there;
-        if (::stat("/dev/shm", &there) != 0 || ::stat(QFile::encodeName(dir->path()).constData(), &here) != 0
-            || here.st_dev == there.st_dev)
+        // Another file system forces the copy-then-remove way.
+        if (!(elsewhere = folderElsewhere()))
             QSKIP("no second file system at /dev/shm");
-        elsewhere.reset(new QTemporaryDir(QStringLiteral("/dev/shm/filejobs-XXXXXX")));
-        QVERIFY(elsewhere->isValid());
         dst = elsewhere->path();
     }
     QStringList problems;
@@ -423,7 +375,7 @@ void FileJobsTest::specialFilesNeverBlock()
         const TransferResult result = hdeapp::transfer({at(source)}, dst, operation != QLatin1String("copy"));
         problems = result.problems;
     } else if (operation == QLatin1String("trash")) {
-        EnvSwap dataEnv("XDG_DATA_HOME", at("data"));
+        setEnv("XDG_DATA_HOME", at("data"));
         QString inTrash;
         QString error;
         QVERIFY2(hdeapp::moveToTrash(at(source), &inTrash, &error), qPrintable(error));
@@ -472,10 +424,8 @@ void FileJobsTest::cutOutOfReadOnlyFolder()
     QDir().mkpath(dst);
     std::unique_ptr<QTemporaryDir> elsewhere;
     if (otherFileSystem) {
-        if (!onOtherFileSystem(QStringLiteral("/dev/shm")))
+        if (!(elsewhere = folderElsewhere()))
             QSKIP("no second file system at /dev/shm");
-        elsewhere.reset(new QTemporaryDir(QStringLiteral("/dev/shm/filejobs-XXXXXX")));
-        QVERIFY(elsewhere->isValid());
         dst = elsewhere->path();
     }
     QVERIFY(QFile::setPermissions(at("locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner));

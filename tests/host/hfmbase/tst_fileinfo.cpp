@@ -39,16 +39,17 @@ public:
     int refreshed = 0;
 };
 
-class CountingInfo : public FileInfo
+void writeFile(const QString &path, const QByteArray &data)
 {
-public:
-    explicit CountingInfo(const QUrl &url) : FileInfo(url) { made.fetchAndAddRelaxed(1); }
-    bool exists() const override { return true; }
-    QString fileName() const override { return url.fileName(); }
-    qint64 size() const override { return 0; }
-    static QAtomicInt made;
-};
-QAtomicInt CountingInfo::made;
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write(data);
+}
+
+FileInfoPointer localInfo(const QString &path, InfoFactory::CreateType type = InfoFactory::CreateType::kCreateDefault)
+{
+    return InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path), type);
+}
 
 }   // namespace
 
@@ -58,19 +59,18 @@ class TestFileInfo : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        // Icons are looked up in a theme the set-up script installs.
+        // Icons are looked up in a theme the set-up script installs
         // (the headless platform knows no theme paths of its own).
         QIcon::setThemeSearchPaths({QStringLiteral("/usr/share/icons")});
         QIcon::setThemeName(QStringLiteral("Adwaita"));
         QVERIFY(tmp.isValid());
-        const QString root = tmp.path();
-        QVERIFY(QDir(root).mkpath(QStringLiteral("dir/sub")));
-        QVERIFY(QDir(root).mkpath(QStringLiteral("empty")));
-        writeFile(root + QStringLiteral("/dir/a.txt"), "hello");
-        writeFile(root + QStringLiteral("/dir/.hidden"), "");
-        writeFile(root + QStringLiteral("/notes.tar.gz"), "0123456789");
-        writeFile(root + QStringLiteral("/readonly.txt"), "x");
-        QVERIFY(QFile::link(root + QStringLiteral("/dir/a.txt"), root + QStringLiteral("/link")));
+        QVERIFY(QDir(tmp.path()).mkpath(QStringLiteral("dir/sub")));
+        QVERIFY(QDir(tmp.path()).mkpath(QStringLiteral("empty")));
+        writeFile(tmp.filePath(QStringLiteral("dir/a.txt")), "hello");
+        writeFile(tmp.filePath(QStringLiteral("dir/.hidden")), "");
+        writeFile(tmp.filePath(QStringLiteral("notes.tar.gz")), "0123456789");
+        QVERIFY(QFile::link(tmp.filePath(QStringLiteral("dir/a.txt")), tmp.filePath(QStringLiteral("link"))));
+        QCOMPARE(::mkfifo(QFile::encodeName(tmp.filePath(QStringLiteral("fifo"))).constData(), 0600), 0);
     }
 
     void localInfoDescribesTheFile_data()
@@ -79,26 +79,24 @@ private Q_SLOTS:
         QTest::addColumn<bool>("exists");
         QTest::addColumn<bool>("isDir");
         QTest::addColumn<qint64>("size");
-        QTest::addColumn<QString>("fileName");
-        QTest::addColumn<QString>("suffix");
         QTest::addColumn<bool>("hidden");
         QTest::addColumn<QString>("mime");
         QTest::addColumn<int>("children");
         QTest::addColumn<QString>("icon");
-        QTest::newRow("text file") << "dir/a.txt" << true << false << qint64(5) << "a.txt"
-                                   << "txt" << false << "text/plain" << -1 << "text-x-generic";
-        QTest::newRow("double suffix") << "notes.tar.gz" << true << false << qint64(10) << "notes.tar.gz"
-                                       << "gz" << false << "application/x-compressed-tar" << -1 << "package-x-generic";
-        QTest::newRow("hidden file") << "dir/.hidden" << true << false << qint64(0) << ".hidden"
-                                     << "hidden" << true << "application/x-zerosize" << -1 << "application-x-generic";
-        QTest::newRow("directory with hidden entries") << "dir" << true << true << qint64(-1) << "dir"
-                                                       << "" << false << "inode/directory" << 3 << "inode-directory";
-        QTest::newRow("empty directory") << "empty" << true << true << qint64(-1) << "empty"
-                                         << "" << false << "inode/directory" << 0 << "inode-directory";
-        QTest::newRow("symlink to a file") << "link" << true << false << qint64(5) << "link"
-                                           << "" << false << "text/plain" << -1 << "text-x-generic";
-        QTest::newRow("missing file") << "gone.txt" << false << false << qint64(0) << "gone.txt"
-                                      << "txt" << false << "text/plain" << -1 << "text-x-generic";
+        QTest::newRow("text file") << "dir/a.txt" << true << false << qint64(5) << false << "text/plain" << -1
+                                   << "text-x-generic";
+        QTest::newRow("double suffix") << "notes.tar.gz" << true << false << qint64(10) << false
+                                       << "application/x-compressed-tar" << -1 << "package-x-generic";
+        QTest::newRow("hidden file") << "dir/.hidden" << true << false << qint64(0) << true << "application/x-zerosize"
+                                     << -1 << "application-x-generic";
+        QTest::newRow("directory with hidden entries")
+            << "dir" << true << true << qint64(-1) << false << "inode/directory" << 3 << "inode-directory";
+        QTest::newRow("empty directory") << "empty" << true << true << qint64(-1) << false << "inode/directory" << 0
+                                         << "inode-directory";
+        QTest::newRow("symlink to a file")
+            << "link" << true << false << qint64(5) << false << "text/plain" << -1 << "text-x-generic";
+        QTest::newRow("missing file") << "gone.txt" << false << false << qint64(0) << false << "text/plain" << -1
+                                      << "text-x-generic";
     }
     void localInfoDescribesTheFile()
     {
@@ -106,32 +104,34 @@ private Q_SLOTS:
         QFETCH(bool, exists);
         QFETCH(qint64, size);
 
-        const QUrl url = QUrl::fromLocalFile(tmp.filePath(relative));
-        FileInfoPointer info = InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateNoCache);
+        const FileInfoPointer info = localInfo(tmp.filePath(relative), InfoFactory::CreateType::kCreateNoCache);
         QVERIFY(info);
-        QCOMPARE(info->fileUrl(), url);
         QCOMPARE(info->exists(), exists);
         QTEST(info->isDir(), "isDir");
         if (size >= 0)
             QCOMPARE(info->size(), size);
-        QTEST(info->fileName(), "fileName");
-        QTEST(info->suffix(), "suffix");
         QTEST(info->isHidden(), "hidden");
         QTEST(info->mimeTypeName(), "mime");
         QTEST(info->countChildFile(), "children");
-        QCOMPARE(info->absoluteFilePath(), tmp.filePath(relative));
-        QCOMPARE(info->urlOf(FileInfo::FileUrlInfoType::kUrl), url);
+        QTEST(info->fileIcon().name(), "icon");
         QCOMPARE(info->urlOf(FileInfo::FileUrlInfoType::kParentUrl),
             QUrl::fromLocalFile(QFileInfo(tmp.filePath(relative)).absolutePath()));
-        QVERIFY(!info->canAttributes(FileInfo::FileCanType::kCanRedirectionFileUrl));
         QCOMPARE(info->viewOfTip(FileInfo::ViewType::kEmptyDir), QStringLiteral("Folder is empty"));
-        QTEST(info->fileIcon().name(), "icon");
-        if (exists) {
-            QVERIFY(info->lastModified().isValid());
-            QVERIFY(info->canAttributes(FileInfo::FileCanType::kCanRename));
-        } else {
-            QVERIFY(!info->canAttributes(FileInfo::FileCanType::kCanDelete));
-        }
+        QCOMPARE(info->canAttributes(FileInfo::FileCanType::kCanRename), exists);
+    }
+
+    void symlinkAndRoot()
+    {
+        const FileInfoPointer link = localInfo(tmp.filePath(QStringLiteral("link")));
+        QVERIFY(link->isSymLink());
+        QCOMPARE(link->urlOf(FileInfo::FileUrlInfoType::kSymLinkTargetUrl),
+            QUrl::fromLocalFile(tmp.filePath(QStringLiteral("dir/a.txt"))));
+        QVERIFY(localInfo(tmp.filePath(QStringLiteral("dir/a.txt")))
+                    ->urlOf(FileInfo::FileUrlInfoType::kSymLinkTargetUrl)
+                    .isEmpty());
+        const FileInfoPointer root = localInfo(QStringLiteral("/"));
+        QVERIFY(root->urlOf(FileInfo::FileUrlInfoType::kParentUrl).isEmpty());
+        QCOMPARE(root->displayName(), QStringLiteral("/"));
     }
 
     void iconFallsBackToGenericNames_data()
@@ -145,8 +145,6 @@ private Q_SLOTS:
     }
     void iconFallsBackToGenericNames()
     {
-        QFETCH(QString, relative);
-        QFETCH(QString, icon);
         QTemporaryDir themes;
         const QString theme = themes.filePath(QStringLiteral("tiny"));
         QVERIFY(QDir().mkpath(theme + QStringLiteral("/16x16/places")));
@@ -155,52 +153,29 @@ private Q_SLOTS:
         QImage pixel(16, 16, QImage::Format_ARGB32);
         pixel.fill(Qt::red);
         for (const char *name : {"folder", "text-x-generic", "unknown"})
-            QVERIFY(
-                pixel.save(theme + QStringLiteral("/16x16/places/") + QLatin1String(name) + QStringLiteral(".png")));
-        if (relative == QLatin1String("fifo") && !QFileInfo::exists(tmp.filePath(relative)))
-            QCOMPARE(::mkfifo(QFile::encodeName(tmp.filePath(relative)).constData(), 0600), 0);
+            QVERIFY(pixel.save(theme + QStringLiteral("/16x16/places/%1.png").arg(QLatin1String(name))));
 
         const QStringList oldPaths = QIcon::themeSearchPaths();
         const QString oldTheme = QIcon::themeName();
         QIcon::setThemeSearchPaths({themes.path()});
         QIcon::setThemeName(QStringLiteral("tiny"));
-        FileInfoPointer info = InfoFactory::create<FileInfo>(
-            QUrl::fromLocalFile(tmp.filePath(relative)), InfoFactory::CreateType::kCreateNoCache);
-        const QString name = info->fileIcon().name();
+        QFETCH(QString, relative);
+        const QString name
+            = localInfo(tmp.filePath(relative), InfoFactory::CreateType::kCreateNoCache)->fileIcon().name();
         QIcon::setThemeSearchPaths(oldPaths);
         QIcon::setThemeName(oldTheme);
-        QCOMPARE(name, icon);
-    }
-
-    void symlinkTargetUrl()
-    {
-        FileInfoPointer link = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(tmp.filePath(QStringLiteral("link"))));
-        QVERIFY(link->isSymLink());
-        QCOMPARE(link->urlOf(FileInfo::FileUrlInfoType::kSymLinkTargetUrl),
-            QUrl::fromLocalFile(tmp.filePath(QStringLiteral("dir/a.txt"))));
-        FileInfoPointer plain
-            = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(tmp.filePath(QStringLiteral("dir/a.txt"))));
-        QVERIFY(plain->urlOf(FileInfo::FileUrlInfoType::kSymLinkTargetUrl).isEmpty());
+        QTEST(name, "icon");
     }
 
     void refreshSeesNewContent()
     {
         const QString path = tmp.filePath(QStringLiteral("grows.txt"));
         writeFile(path, "ab");
-        FileInfoPointer info
-            = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path), InfoFactory::CreateType::kCreateNoCache);
+        const FileInfoPointer info = localInfo(path, InfoFactory::CreateType::kCreateNoCache);
         QCOMPARE(info->size(), qint64(2));
         writeFile(path, "abcdef");
         info->refresh();
         QCOMPARE(info->size(), qint64(6));
-    }
-
-    void rootHasNoParent()
-    {
-        FileInfoPointer root = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(QStringLiteral("/")));
-        QVERIFY(root->isDir());
-        QVERIFY(root->urlOf(FileInfo::FileUrlInfoType::kParentUrl).isEmpty());
-        QCOMPARE(root->displayName(), QStringLiteral("/"));
     }
 
     void proxyForwardsEveryQuery_data()
@@ -228,69 +203,35 @@ private Q_SLOTS:
     void proxyForwardsEveryQuery()
     {
         QFETCH(Query, query);
-        QFETCH(QVariant, withoutProxy);
         const QUrl own(QStringLiteral("proxied:///own/url"));
         auto inner = QSharedPointer<MarkedInfo>::create(QUrl(QStringLiteral("marked:///inner")));
 
         ProxyFileInfo proxy(own);
-        QCOMPARE(query(proxy), withoutProxy);   // no proxy: empty, no crash
+        QTEST(query(proxy), "withoutProxy");   // no proxy: empty, no crash
+        proxy.refresh();
         proxy.setProxy(inner);
-        QCOMPARE(proxy.proxyInfo(), FileInfoPointer(inner));
         QCOMPARE(query(proxy), query(*inner));
         QCOMPARE(proxy.fileUrl(), own);
-    }
-
-    void proxyForwardsRefreshAndSurvivesWithout()
-    {
-        auto inner = QSharedPointer<MarkedInfo>::create(QUrl(QStringLiteral("marked:///inner")));
-        ProxyFileInfo proxy(QUrl(QStringLiteral("proxied:///x")));
-        proxy.refresh();
-        QVERIFY(proxy.mimeType().name().isEmpty());
-        QVERIFY(proxy.fileIcon().isNull());
-        proxy.setProxy(inner);
         proxy.refresh();
         QCOMPARE(inner->refreshed, 1);
-        proxy.setProxy({});
-        QVERIFY(!proxy.exists());
     }
 
-    void duplicateRegistrationIsRefused()
+    void unknownSchemesAndSecondRegistrations()
     {
+        for (const QUrl &url : {QUrl(QStringLiteral("nowhere:///a")), QUrl(), QUrl(QStringLiteral("relative/path"))}) {
+            QString error;
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^InfoFactory::createInfo: ")));
+            QVERIFY2(!InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateDefault, &error),
+                qPrintable(url.toString()));
+            QVERIFY(!error.isEmpty());
+        }
+        // A second class for a scheme is refused; the first keeps serving it.
         QVERIFY(InfoFactory::regClass<MarkedInfo>(QStringLiteral("marked")));
-        QString error;
         QTest::ignoreMessage(QtWarningMsg, "InfoFactory::regCreator: the scheme \"marked\" is already registered");
-        QVERIFY(
-            !InfoFactory::regClass<CountingInfo>(QStringLiteral("marked"), InfoFactory::RegOption::kNoOption, &error));
-        QVERIFY(!error.isEmpty());
-        // The first class keeps serving the scheme.
-        QVERIFY(InfoFactory::create<MarkedInfo>(
-            QUrl(QStringLiteral("marked:///a")), InfoFactory::CreateType::kCreateNoCache));
-
+        QVERIFY(!InfoFactory::regClass<ProxyFileInfo>(QStringLiteral("marked")));
+        QVERIFY(InfoFactory::create<MarkedInfo>(QUrl(QStringLiteral("marked:///a"))));
         QTest::ignoreMessage(QtWarningMsg, "InfoFactory::regCreator: the scheme \"file\" is already registered");
         QVERIFY(!InfoFactory::regClass<MarkedInfo>(QStringLiteral("file")));
-    }
-
-    void unknownSchemeGivesNullAndAnError_data()
-    {
-        QTest::addColumn<QUrl>("url");
-        QTest::newRow("unregistered scheme") << QUrl(QStringLiteral("nowhere:///a"));
-        QTest::newRow("empty url") << QUrl();
-        QTest::newRow("no scheme") << QUrl(QStringLiteral("relative/path"));
-    }
-    void unknownSchemeGivesNullAndAnError()
-    {
-        QFETCH(QUrl, url);
-        QString error;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^InfoFactory::createInfo: ")));
-        QVERIFY(!InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateDefault, &error));
-        QVERIFY(!error.isEmpty());
-    }
-
-    void createWithTheWrongTypeIsNull()
-    {
-        const QUrl url = QUrl::fromLocalFile(tmp.path());
-        QVERIFY(!InfoFactory::create<MarkedInfo>(url));
-        QVERIFY(InfoFactory::create<FileInfo>(url));
     }
 
     void cacheRules_data()
@@ -315,63 +256,30 @@ private Q_SLOTS:
         QFETCH(bool, shared);
 
         const QString scheme = QStringLiteral("cache%1").arg(++schemeCounter);
-        QVERIFY(InfoFactory::regClass<CountingInfo>(
+        QVERIFY(InfoFactory::regClass<MarkedInfo>(
             scheme, noCacheOption ? InfoFactory::RegOption::kNoCache : InfoFactory::RegOption::kNoOption));
+        const QUrl url(scheme + QStringLiteral(":///some/file"));
+        const auto type = InfoFactory::CreateType(createType);
+        InfoFactory::create<FileInfo>(url, type);
+        // Disabling drops what was kept; enabling again does not bring it back.
         if (disabledInCache)
             InfoCache::instance().setCacheDisbale(scheme);
         if (reEnabled)
             InfoCache::instance().setCacheDisbale(scheme, false);
-        QCOMPARE(InfoCache::instance().cacheDisable(scheme), disabledInCache && !reEnabled);
+        QCOMPARE(bool(InfoCache::instance().getCacheInfo(url)), shared && !disabledInCache);
 
-        const QUrl url(scheme + QStringLiteral(":///some/file"));
-        const auto type = InfoFactory::CreateType(createType);
-        const int before = CountingInfo::made.loadRelaxed();
-        FileInfoPointer first = InfoFactory::create<FileInfo>(url, type);
-        FileInfoPointer second = InfoFactory::create<FileInfo>(url, type);
-        QVERIFY(first && second);
-        QCOMPARE(first == second, shared);
-        QCOMPARE(CountingInfo::made.loadRelaxed() - before, shared ? 1 : 2);
-        QCOMPARE(bool(InfoCache::instance().getCacheInfo(url)), shared);
-    }
-
-    void disablingDropsKeptInfos()
-    {
-        const QString scheme = QStringLiteral("dropme");
-        QVERIFY(InfoFactory::regClass<CountingInfo>(scheme));
-        const QUrl url(QStringLiteral("dropme:///x"));
-        QVERIFY(InfoFactory::create<FileInfo>(url));
-        QVERIFY(InfoCache::instance().getCacheInfo(url));
-        InfoCache::instance().setCacheDisbale(scheme);
-        QVERIFY(!InfoCache::instance().getCacheInfo(url));
-        InfoCache::instance().setCacheDisbale(scheme, false);
-        QVERIFY(!InfoCache::instance().getCacheInfo(url));
-    }
-
-    void updateOnlyReplacesKeptInfos()
-    {
-        InfoCache &cache = InfoCache::instance();
-        const QUrl url = QUrl::fromLocalFile(tmp.filePath(QStringLiteral("notes.tar.gz")));
-        cache.removeCacheInfo(url);
-        FileInfoPointer fresh = InfoFactory::create<FileInfo>(url, InfoFactory::CreateType::kCreateNoCache);
-        QVERIFY(!cache.updateCacheInfo(url, fresh));
-        QVERIFY(!cache.getCacheInfo(url));
-
-        FileInfoPointer kept = InfoFactory::create<FileInfo>(url);
-        QCOMPARE(cache.getCacheInfo(url), kept);
-        QVERIFY(cache.updateCacheInfo(url, fresh));
-        QCOMPARE(InfoFactory::create<FileInfo>(url), fresh);
-        QVERIFY(!cache.updateCacheInfo(url, FileInfoPointer()));
-        QCOMPARE(cache.getCacheInfo(url), fresh);
+        const FileInfoPointer first = InfoFactory::create<FileInfo>(url, type);
+        QCOMPARE(InfoFactory::create<FileInfo>(url, type) == first, shared);
+        QCOMPARE(InfoCache::instance().getCacheInfo(url) == first, shared);
     }
 
     void trailingSlashIsTheSameCachedFile()
     {
         const QString path = tmp.filePath(QStringLiteral("dir"));
-        FileInfoPointer a = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path));
-        FileInfoPointer b = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path + QLatin1Char('/')));
-        QCOMPARE(a, b);
+        const FileInfoPointer a = localInfo(path);
+        QCOMPARE(localInfo(path + QLatin1Char('/')), a);
         InfoCache::instance().removeCacheInfo(QUrl::fromLocalFile(path));
-        QVERIFY(InfoFactory::create<FileInfo>(QUrl::fromLocalFile(path)) != a);
+        QVERIFY(localInfo(path) != a);
     }
 
     void infosFromManyThreads()
@@ -383,12 +291,12 @@ private Q_SLOTS:
             writeFile(paths.last(), QByteArray(i, 'x'));
         }
         QAtomicInt mismatches;
-        QVector<QThread *> threads;
+        std::vector<std::unique_ptr<QThread>> threads;
         for (int t = 0; t < 4; ++t) {
-            threads.append(QThread::create([&paths, &mismatches] {
+            threads.emplace_back(QThread::create([&paths, &mismatches] {
                 for (int round = 0; round < 50; ++round) {
                     for (int i = 0; i < paths.size(); ++i) {
-                        FileInfoPointer info = InfoFactory::create<FileInfo>(QUrl::fromLocalFile(paths.at(i)));
+                        const FileInfoPointer info = localInfo(paths.at(i));
                         if (!info || info->size() != i || info->mimeTypeName().isEmpty())
                             mismatches.fetchAndAddRelaxed(1);
                         if (round % 10 == 0)
@@ -396,23 +304,14 @@ private Q_SLOTS:
                     }
                 }
             }));
-            threads.last()->start();
+            threads.back()->start();
         }
-        for (QThread *thread : threads) {
+        for (auto &thread : threads)
             QVERIFY(thread->wait(30000));
-            delete thread;
-        }
         QCOMPARE(mismatches.loadRelaxed(), 0);
     }
 
 private:
-    static void writeFile(const QString &path, const QByteArray &data)
-    {
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(data);
-    }
-
     QTemporaryDir tmp;
     int schemeCounter = 0;
 };

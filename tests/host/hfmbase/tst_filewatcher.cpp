@@ -4,12 +4,9 @@
 
 #include <QtTest>
 
-#include <atomic>
 #include <functional>
-#include <sys/stat.h>
 
 using hfmbase::AbstractFileWatcher;
-using hfmbase::AbstractFileWatcherPointer;
 using hfmbase::WatcherCache;
 using hfmbase::WatcherFactory;
 
@@ -18,32 +15,21 @@ Q_DECLARE_METATYPE(Action)
 
 namespace {
 
+// Counts how often the base class reaches the implementation.
 class FakeWatcherPrivate : public hfmbase::AbstractFileWatcherPrivate
 {
 public:
     using AbstractFileWatcherPrivate::AbstractFileWatcherPrivate;
-    bool start() override
-    {
-        ++starts;
-        return true;
-    }
-    bool stop() override
-    {
-        ++stops;
-        return true;
-    }
-    int starts = 0;
-    int stops = 0;
+    bool start() override { return ++calls; }
+    bool stop() override { return ++calls; }
+    int calls = 0;
 };
 
 class FakeWatcher : public AbstractFileWatcher
 {
 public:
-    explicit FakeWatcher(const QUrl &url, QObject *parent = nullptr)
-        : AbstractFileWatcher(new FakeWatcherPrivate(url, this), parent)
-    {
-    }
-    FakeWatcherPrivate *priv() const { return static_cast<FakeWatcherPrivate *>(d.data()); }
+    explicit FakeWatcher(const QUrl &url) : AbstractFileWatcher(new FakeWatcherPrivate(url, this)) { }
+    int calls() const { return static_cast<FakeWatcherPrivate *>(d.data())->calls; }
 };
 
 bool writeFile(const QString &path, const QByteArray &data, QIODevice::OpenMode mode = QIODevice::WriteOnly)
@@ -85,15 +71,15 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(tmp.isValid());
-        QVERIFY(WatcherFactory::regClass<FakeWatcher>(QStringLiteral("fake")));
-        QVERIFY(WatcherFactory::regClass<FakeWatcher>(QStringLiteral("fakeuncached")));
+        WatcherFactory::regClass<FakeWatcher>(QStringLiteral("fake"));
+        WatcherFactory::regClass<FakeWatcher>(QStringLiteral("fakeuncached"));
         WatcherCache::instance().setCacheDisbale(QStringLiteral("fakeuncached"));
     }
 
     void reportsChangesOfTheDirectory_data()
     {
         QTest::addColumn<Action>("action");
-        QTest::addColumn<QString>("expected");   // with %D the watched dir, %O the outside dir
+        QTest::addColumn<QString>("expected");   // %D: the watched dir
 
         QTest::newRow("file created") << Action([](const QString &d, const QString &) {
             return writeFile(d + QStringLiteral("/new.txt"), "x");
@@ -134,25 +120,16 @@ private Q_SLOTS:
         QVERIFY(writeFile(outside + QStringLiteral("/outside.txt"), "o"));
 
         auto watcher = WatcherFactory::create<AbstractFileWatcher>(urlOf(dir), false);
-        QVERIFY(watcher);
-        QCOMPARE(watcher->url(), urlOf(dir));
         Recorder recorder(watcher.data());
         QVERIFY(watcher->startWatcher());
-        QVERIFY(watcher->isStarted());
 
         QVERIFY(action(dir, outside));
-        expected.replace(QStringLiteral("%D"), dir).replace(QStringLiteral("%O"), outside);
+        expected.replace(QStringLiteral("%D"), dir);
         QTRY_VERIFY_WITH_TIMEOUT(recorder.lines.contains(expected), 1000);
 
-        if (expected.startsWith(QStringLiteral("renamed "))) {
-            // One rename, never a deletion plus a creation.
-            const QStringList parts = expected.split(QLatin1Char(' '));
-            QVERIFY2(!recorder.lines.contains(QStringLiteral("deleted ") + parts.at(1)),
-                qPrintable(recorder.lines.join(QLatin1Char('\n'))));
-            QVERIFY2(!recorder.lines.contains(QStringLiteral("created ") + parts.at(2)),
-                qPrintable(recorder.lines.join(QLatin1Char('\n'))));
-            QCOMPARE(recorder.lines.count(expected), 1);
-        }
+        // One rename, never a deletion plus a creation.
+        if (expected.startsWith(QLatin1String("renamed ")))
+            QCOMPARE(recorder.lines, QStringList {expected});
         if (expected == QStringLiteral("deleted ") + dir)
             QVERIFY(!watcher->isStarted());
     }
@@ -179,13 +156,11 @@ private Q_SLOTS:
         const QString dir = freshDir();
         auto stopped = WatcherFactory::create<AbstractFileWatcher>(urlOf(dir), false);
         auto running = WatcherFactory::create<AbstractFileWatcher>(urlOf(dir), false);
-        QVERIFY(stopped != running);
         Recorder quiet(stopped.data());
         Recorder loud(running.data());
         QVERIFY(stopped->startWatcher());
         QVERIFY(running->startWatcher());
         QVERIFY(stopped->stopWatcher());
-        QVERIFY(!stopped->isStarted());
 
         QVERIFY(writeFile(dir + QStringLiteral("/f"), "1"));
         QTRY_VERIFY_WITH_TIMEOUT(!loud.lines.isEmpty(), 1000);
@@ -198,70 +173,31 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(quiet.lines.contains(QStringLiteral("deleted ") + dir + QStringLiteral("/f")), 1000);
     }
 
-    void watcherOnAWorkerThread()
-    {
-        const QString dir = freshDir();
-        QThread worker;
-        worker.start();
-        QObject context;
-        context.moveToThread(&worker);
-
-        AbstractFileWatcherPointer watcher;
-        bool started = false;
-        QMetaObject::invokeMethod(
-            &context,
-            [&] {
-                watcher = WatcherFactory::create<AbstractFileWatcher>(urlOf(dir), false);
-                started = watcher && watcher->startWatcher();
-            },
-            Qt::BlockingQueuedConnection);
-        QVERIFY(started);
-        QCOMPARE(watcher->thread(), &worker);
-
-        std::atomic<QThread *> emitter {nullptr};
-        QStringList created;
-        connect(
-            watcher.data(), &AbstractFileWatcher::subfileCreated, watcher.data(),
-            [&emitter] { emitter = QThread::currentThread(); }, Qt::DirectConnection);
-        connect(watcher.data(), &AbstractFileWatcher::subfileCreated, this,
-            [&created](const QUrl &u) { created << u.toLocalFile(); });
-
-        QVERIFY(writeFile(dir + QStringLiteral("/from-main.txt"), "x"));
-        QTRY_COMPARE_WITH_TIMEOUT(created, QStringList {dir + QStringLiteral("/from-main.txt")}, 1000);
-        QCOMPARE(emitter.load(), &worker);
-
-        QMetaObject::invokeMethod(
-            &context, [&] { watcher.reset(); }, Qt::BlockingQueuedConnection);
-        worker.quit();
-        QVERIFY(worker.wait(5000));
-    }
-
-    void startFailsForBadPaths_data()
+    void badUrls_data()
     {
         QTest::addColumn<QUrl>("url");
-        QTest::newRow("missing directory") << urlOf(tmp.filePath(QStringLiteral("missing")));
-        QTest::newRow("file scheme without a path") << QUrl(QStringLiteral("file:"));
+        QTest::addColumn<QString>("warning");
+        QTest::newRow("missing directory")
+            << urlOf(tmp.filePath(QStringLiteral("missing"))) << "^LocalFileWatcher::startWatcher: ";
+        QTest::newRow("file scheme without a path")
+            << QUrl(QStringLiteral("file:")) << "^LocalFileWatcher::startWatcher: ";
+        QTest::newRow("unknown scheme") << QUrl(QStringLiteral("nowhere:///a"))
+                                        << "^WatcherFactory::createWatcher: no watcher class is registered for the "
+                                           "scheme \"nowhere\"$";
     }
-    void startFailsForBadPaths()
+    void badUrls()
     {
         QFETCH(QUrl, url);
-        auto watcher = WatcherFactory::create<AbstractFileWatcher>(url, false);
-        QVERIFY(watcher);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^LocalFileWatcher::startWatcher: ")));
-        QVERIFY(!watcher->startWatcher());
-        QVERIFY(!watcher->isStarted());
-    }
-
-    void unknownSchemeGivesNullAndAnError()
-    {
+        QFETCH(QString, warning);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
         QString error;
-        QTest::ignoreMessage(
-            QtWarningMsg, "WatcherFactory::createWatcher: no watcher class is registered for the scheme \"nowhere\"");
-        QVERIFY(!WatcherFactory::create<AbstractFileWatcher>(QUrl(QStringLiteral("nowhere:///a")), true, &error));
-        QVERIFY(error.contains(QStringLiteral("nowhere")));
-
-        QTest::ignoreMessage(QtWarningMsg, "WatcherFactory::regCreator: the scheme \"fake\" is already registered");
-        QVERIFY(!WatcherFactory::regClass<FakeWatcher>(QStringLiteral("fake"), &error));
+        auto watcher = WatcherFactory::create<AbstractFileWatcher>(url, false, &error);
+        if (watcher) {
+            QVERIFY(!watcher->startWatcher());
+            QVERIFY(!watcher->isStarted());
+        } else {
+            QVERIFY(error.contains(url.scheme()));
+        }
     }
 
     void cacheSharing_data()
@@ -295,27 +231,15 @@ private Q_SLOTS:
     {
         const QUrl url(QStringLiteral("fake:///released"));
         auto watcher = WatcherFactory::create<AbstractFileWatcher>(url, true);
+        // Starting or stopping twice reaches the implementation once.
+        QVERIFY(watcher->startWatcher() && watcher->startWatcher());
+        QVERIFY(watcher->stopWatcher() && watcher->stopWatcher());
+        QCOMPARE(static_cast<FakeWatcher *>(watcher.data())->calls(), 2);
         QPointer<AbstractFileWatcher> guard(watcher.data());
         QCOMPARE(WatcherCache::instance().getCacheWatcher(url), watcher);
         watcher.reset();
         QVERIFY(guard.isNull());
         QVERIFY(!WatcherCache::instance().getCacheWatcher(url));
-        QVERIFY(WatcherFactory::create<AbstractFileWatcher>(url, true));
-    }
-
-    void startAndStopReachThePrivatePart()
-    {
-        FakeWatcher watcher(QUrl(QStringLiteral("fake:///direct")));
-        QCOMPARE(watcher.priv()->q, &watcher);
-        QCOMPARE(watcher.priv()->parent(), &watcher);
-        QVERIFY(watcher.startWatcher());
-        QVERIFY(watcher.startWatcher());
-        QCOMPARE(watcher.priv()->starts, 1);
-        QVERIFY(watcher.isStarted());
-        QVERIFY(watcher.stopWatcher());
-        QVERIFY(watcher.stopWatcher());
-        QCOMPARE(watcher.priv()->stops, 1);
-        QVERIFY(!watcher.isStarted());
     }
 
 private:

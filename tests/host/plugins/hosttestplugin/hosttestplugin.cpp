@@ -52,8 +52,6 @@ QAction *addAction(QMenu *menu, const QString &id, const QString &text)
 
 void HostTestPlugin::initialize()
 {
-    setProperty("vetoed", 0);
-    setProperty("redirected", 0);
     setProperty("bannersCreated", 0);
     setProperty("entered", QStringList());
     qRegisterMetaType<hfmbase::TopWidCreator>("TopWidCreator");
@@ -177,15 +175,12 @@ void HostTestPlugin::registerWithSidebar()
 
 bool HostTestPlugin::filter(const QUrl &url, const std::function<void(const QUrl &)> &republish)
 {
-    if (url.path().contains(QLatin1String("forbidden"))) {
-        setProperty("vetoed", property("vetoed").toInt() + 1);
+    if (url.path().contains(QLatin1String("forbidden")))
         return true;
-    }
     if (url.scheme() != QLatin1String("hosttest-redirect"))
         return false;
     QUrl target(url);
     target.setScheme(QStringLiteral("hosttest"));
-    setProperty("redirected", property("redirected").toInt() + 1);
     republish(target);
     return true;
 }
@@ -244,11 +239,8 @@ bool HostTestPlugin::hookEmblems(const QUrl &url, QList<QIcon> *emblems)
 TestBanner::TestBanner(int number) : text(new QLabel(this))
 {
     setProperty("iconName", QStringLiteral("dialog-information"));
-    auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(10, 4, 10, 4);
     text->setText(QStringLiteral("Test banner #%1 <a href=\"refresh\">Refresh</a>").arg(number));
-    layout->addWidget(text, 1);
-    setStyleSheet(QStringLiteral("background: #e8f0fe;"));
+    (new QHBoxLayout(this))->addWidget(text);
     connect(text, &QLabel::linkActivated, this, [this, number](const QString &link) {
         text->setText(QStringLiteral("Test banner #%1 %2 done").arg(number).arg(link));
     });
@@ -260,10 +252,8 @@ TestPageView::TestPageView(const QUrl &url, QWidget *parent) : QWidget(parent), 
     label->setText(QStringLiteral("Welcome to the test page"));
     auto *button = new QPushButton(QStringLiteral("Press me"), this);
     connect(button, &QPushButton::clicked, this, [this] { label->setText(QStringLiteral("Pressed")); });
-    layout->addStretch(1);
-    layout->addWidget(label, 0, Qt::AlignCenter);
-    layout->addWidget(button, 0, Qt::AlignCenter);
-    layout->addStretch(1);
+    layout->addWidget(label);
+    layout->addWidget(button);
 }
 
 bool EntryScene::initialize(const QVariantHash &params)

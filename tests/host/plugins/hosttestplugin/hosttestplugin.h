@@ -21,7 +21,7 @@ namespace hosttest {
 //   a URL whose path contains "forbidden" is vetoed (events 1, 2, 3);
 //   "hosttest-redirect:///x" is redirected to "hosttest:///x".
 // What it saw is kept in dynamic properties: "sidebarItemBeforeStart",
-// "vetoed", "redirected", "entered", "bannersCreated".
+// "entered", "bannersCreated", "newWindowCalls".
 class HostTestPlugin : public hpf::Plugin
 {
     Q_OBJECT

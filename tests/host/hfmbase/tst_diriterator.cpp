@@ -7,43 +7,9 @@
 using hfmbase::AbstractDirIterator;
 using hfmbase::DirIteratorFactory;
 using hfmbase::FileInfo;
-using hfmbase::InfoCache;
 
 Q_DECLARE_METATYPE(QDir::Filters)
 Q_DECLARE_METATYPE(QDirIterator::IteratorFlags)
-
-namespace {
-
-// A scheme of its own whose listing is a fixed list, to see the base
-// class's default fileInfo() going through the info factory.
-class ListIterator : public AbstractDirIterator
-{
-public:
-    ListIterator(const QUrl &url, const QStringList &, QDir::Filters, QDirIterator::IteratorFlags)
-        : AbstractDirIterator(url), dir(url)
-    {
-    }
-    QUrl next() override { return current = QUrl(dir.toString() + QStringLiteral("/e%1").arg(++index)); }
-    bool hasNext() const override { return index < 2; }
-    QString fileName() const override { return current.fileName(); }
-    QUrl fileUrl() const override { return current; }
-    QUrl url() const override { return dir; }
-
-    QUrl dir;
-    QUrl current;
-    int index = 0;
-};
-
-class ListInfo : public FileInfo
-{
-public:
-    using FileInfo::FileInfo;
-    bool exists() const override { return true; }
-    QString fileName() const override { return url.fileName(); }
-    qint64 size() const override { return 1; }
-};
-
-}   // namespace
 
 class TestDirIterator : public QObject
 {
@@ -162,23 +128,6 @@ private Q_SLOTS:
             QVERIFY(it->fileName().isEmpty());
             QVERIFY(!it->fileInfo());
         }
-    }
-
-    void otherSchemesUseTheInfoFactory()
-    {
-        QVERIFY(DirIteratorFactory::regClass<ListIterator>(QStringLiteral("list")));
-        QVERIFY(hfmbase::InfoFactory::regClass<ListInfo>(QStringLiteral("list")));
-        auto it = DirIteratorFactory::create<ListIterator>(QUrl(QStringLiteral("list:///d")));
-        QStringList names;
-        while (it->hasNext()) {
-            it->next();
-            auto info = it->fileInfo();
-            QVERIFY(dynamic_cast<ListInfo *>(info.data()));
-            names << info->fileName();
-        }
-        QCOMPARE(names, (QStringList {QStringLiteral("e1"), QStringLiteral("e2")}));
-        // Asking for the wrong class gives null rather than a bad cast.
-        QVERIFY(!DirIteratorFactory::create<ListIterator>(QUrl::fromLocalFile(tmp.path())));
     }
 
 private:

@@ -41,9 +41,9 @@ void showDialog(const QString &title, const QString &message)
     dialog.exec();
 }
 
-QAction *addAction(QMenu *menu, const QString &id, const QString &text)
+QAction *addAction(QMenu *menu, const QString &id, const char *text)
 {
-    QAction *action = menu->addAction(text);
+    QAction *action = menu->addAction(QLatin1String(text));
     action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
     return action;
 }
@@ -137,7 +137,7 @@ void HostTestPlugin::registerWithWorkspace()
     channel->push(kWorkspace, QStringLiteral("slot_RegisterCustomTopWidget"), top);
     channel->push(kWorkspace, QStringLiteral("slot_RegisterFileView"), QStringLiteral("hosttest"));
     channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestFileMenu"),
-        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator<FileScene>));
+        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator(false)));
     channel->push(kWorkspace, QStringLiteral("slot_RegisterMenuScene"), QStringLiteral("hosttest"),
         QStringLiteral("HostTestFileMenu"));
     hpf::sequence()->follow(kWorkspace, QStringLiteral("hook_Tab_SetTabName"), this, &HostTestPlugin::hookTabName);
@@ -148,7 +148,7 @@ void HostTestPlugin::registerWithComputer()
     auto *channel = hpf::channel();
     channel->push(kComputer, QStringLiteral("slot_Item_Add"), QStringLiteral("Test Group"), kEntry, 1, false);
     channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestEntryMenu"),
-        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator<EntryScene>));
+        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator(true)));
     channel->push(kMenu, QStringLiteral("slot_MenuScene_Bind"), QStringLiteral("HostTestEntryMenu"),
         QStringLiteral("ComputerMenu"));
 }
@@ -162,7 +162,7 @@ void HostTestPlugin::registerWithSidebar()
     properties.insert(QStringLiteral("Property_Key_CallbackContextMenu"),
         QVariant::fromValue(hfmbase::SidebarMenuCreator([](quint64, const QUrl &, const QPoint &pos) {
             QMenu menu;
-            addAction(&menu, QStringLiteral("hosttest-sidebar-action"), QStringLiteral("Sidebar action"));
+            addAction(&menu, QStringLiteral("hosttest-sidebar-action"), "Sidebar action");
             if (menu.exec(pos))
                 showDialog(QStringLiteral("Sidebar action"), QStringLiteral("triggered"));
         })));
@@ -256,30 +256,11 @@ TestPageView::TestPageView(const QUrl &url, QWidget *parent) : QWidget(parent), 
     layout->addWidget(button);
 }
 
-bool EntryScene::initialize(const QVariantHash &params)
-{
-    const QList<QUrl> selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
-    return selected.contains(kEntry);
-}
-
-bool EntryScene::create(QMenu *parent)
-{
-    predicateAction.insert(QStringLiteral("hosttest-hello"),
-        addAction(parent, QStringLiteral("hosttest-hello"), QStringLiteral("Say hello")));
-    return AbstractMenuScene::create(parent);
-}
-
-bool EntryScene::triggered(QAction *action)
-{
-    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != QLatin1String("hosttest-hello"))
-        return AbstractMenuScene::triggered(action);
-    showDialog(QStringLiteral("Hello"), QStringLiteral("from the test entry"));
-    return true;
-}
-
-bool FileScene::initialize(const QVariantHash &params)
+bool TestScene::initialize(const QVariantHash &params)
 {
     selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
+    if (entry)
+        return selected.contains(kEntry);
     auto *host = hpf::channel()
                      ->push(kMenu, QStringLiteral("slot_MenuScene_CreateScene"), QStringLiteral("WorkspaceMenu"))
                      .value<hfmbase::AbstractMenuScene *>();
@@ -288,23 +269,25 @@ bool FileScene::initialize(const QVariantHash &params)
     return AbstractMenuScene::initialize(params);
 }
 
-bool FileScene::create(QMenu *parent)
+bool TestScene::create(QMenu *parent)
 {
     AbstractMenuScene::create(parent);
-    if (!selected.isEmpty())
-        predicateAction.insert(QStringLiteral("hosttest-info"),
-            addAction(parent, QStringLiteral("hosttest-info"), QStringLiteral("Test info")));
+    if (entry || !selected.isEmpty())
+        predicateAction.insert(actionId(), addAction(parent, actionId(), entry ? "Say hello" : "Test info"));
     return true;
 }
 
-bool FileScene::triggered(QAction *action)
+bool TestScene::triggered(QAction *action)
 {
-    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != QLatin1String("hosttest-info"))
+    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != actionId())
         return AbstractMenuScene::triggered(action);
     QStringList names;
     for (const QUrl &url : qAsConst(selected))
         names.append(url.toString());
-    showDialog(QStringLiteral("Test info"), names.join(QLatin1Char(' ')));
+    if (entry)
+        showDialog(QStringLiteral("Hello"), QStringLiteral("from the test entry"));
+    else
+        showDialog(QStringLiteral("Test info"), names.join(QLatin1Char(' ')));
     return true;
 }
 

@@ -95,35 +95,36 @@ public:
     QUrl targetUrl() const override { return QUrl(QStringLiteral("hosttest:///")); }
 };
 
-// Bound under "ComputerMenu": one action, "hosttest-hello", that shows a dialog.
-class EntryScene : public hfmbase::AbstractMenuScene
+// The file menu of "hosttest": the host's "WorkspaceMenu" plus "hosttest-info";
+// or, bound under "ComputerMenu", the test entry's "hosttest-hello". Each
+// action shows a dialog.
+class TestScene : public hfmbase::AbstractMenuScene
 {
     Q_OBJECT
 public:
-    QString name() const override { return QStringLiteral("HostTestEntryMenu"); }
-    bool initialize(const QVariantHash &params) override;
-    bool create(QMenu *parent) override;
-    bool triggered(QAction *action) override;
-};
-
-// The file menu of "hosttest": the host's "WorkspaceMenu" plus "hosttest-info".
-class FileScene : public hfmbase::AbstractMenuScene
-{
-    Q_OBJECT
-public:
-    QString name() const override { return QStringLiteral("HostTestFileMenu"); }
+    explicit TestScene(bool entry) : entry(entry) { }
+    QString name() const override
+    {
+        return entry ? QStringLiteral("HostTestEntryMenu") : QStringLiteral("HostTestFileMenu");
+    }
     bool initialize(const QVariantHash &params) override;
     bool create(QMenu *parent) override;
     bool triggered(QAction *action) override;
 
 private:
+    QString actionId() const { return entry ? QStringLiteral("hosttest-hello") : QStringLiteral("hosttest-info"); }
+    bool entry;
     QList<QUrl> selected;
 };
 
-template <class Scene> class SceneCreator : public hfmbase::AbstractSceneCreator
+class SceneCreator : public hfmbase::AbstractSceneCreator
 {
 public:
-    hfmbase::AbstractMenuScene *create() override { return new Scene; }
+    explicit SceneCreator(bool entry) : entry(entry) { }
+    hfmbase::AbstractMenuScene *create() override { return new TestScene(entry); }
+
+private:
+    bool entry;
 };
 
 }   // namespace hosttest

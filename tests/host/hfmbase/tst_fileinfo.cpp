@@ -4,7 +4,6 @@
 #include <QtTest>
 
 #include <functional>
-#include <sys/stat.h>
 
 using hfmbase::FileInfo;
 using hfmbase::FileInfoPointer;
@@ -70,7 +69,6 @@ private Q_SLOTS:
         writeFile(tmp.filePath(QStringLiteral("dir/.hidden")), "");
         writeFile(tmp.filePath(QStringLiteral("notes.tar.gz")), "0123456789");
         QVERIFY(QFile::link(tmp.filePath(QStringLiteral("dir/a.txt")), tmp.filePath(QStringLiteral("link"))));
-        QCOMPARE(::mkfifo(QFile::encodeName(tmp.filePath(QStringLiteral("fifo"))).constData(), 0600), 0);
     }
 
     void localInfoDescribesTheFile_data()
@@ -132,39 +130,6 @@ private Q_SLOTS:
         const FileInfoPointer root = localInfo(QStringLiteral("/"));
         QVERIFY(root->urlOf(FileInfo::FileUrlInfoType::kParentUrl).isEmpty());
         QCOMPARE(root->displayName(), QStringLiteral("/"));
-    }
-
-    void iconFallsBackToGenericNames_data()
-    {
-        QTest::addColumn<QString>("relative");
-        QTest::addColumn<QString>("icon");
-        // The small theme has only the three last-resort icons.
-        QTest::newRow("directory") << QStringLiteral("dir") << QStringLiteral("folder");
-        QTest::newRow("text file") << QStringLiteral("dir/a.txt") << QStringLiteral("text-x-generic");
-        QTest::newRow("fifo") << QStringLiteral("fifo") << QStringLiteral("unknown");
-    }
-    void iconFallsBackToGenericNames()
-    {
-        QTemporaryDir themes;
-        const QString theme = themes.filePath(QStringLiteral("tiny"));
-        QVERIFY(QDir().mkpath(theme + QStringLiteral("/16x16/places")));
-        writeFile(theme + QStringLiteral("/index.theme"),
-            "[Icon Theme]\nName=tiny\nDirectories=16x16/places\n\n[16x16/places]\nSize=16\n");
-        QImage pixel(16, 16, QImage::Format_ARGB32);
-        pixel.fill(Qt::red);
-        for (const char *name : {"folder", "text-x-generic", "unknown"})
-            QVERIFY(pixel.save(theme + QStringLiteral("/16x16/places/%1.png").arg(QLatin1String(name))));
-
-        const QStringList oldPaths = QIcon::themeSearchPaths();
-        const QString oldTheme = QIcon::themeName();
-        QIcon::setThemeSearchPaths({themes.path()});
-        QIcon::setThemeName(QStringLiteral("tiny"));
-        QFETCH(QString, relative);
-        const QString name
-            = localInfo(tmp.filePath(relative), InfoFactory::CreateType::kCreateNoCache)->fileIcon().name();
-        QIcon::setThemeSearchPaths(oldPaths);
-        QIcon::setThemeName(oldTheme);
-        QTEST(name, "icon");
     }
 
     void refreshSeesNewContent()
@@ -280,35 +245,6 @@ private Q_SLOTS:
         QCOMPARE(localInfo(path + QLatin1Char('/')), a);
         InfoCache::instance().removeCacheInfo(QUrl::fromLocalFile(path));
         QVERIFY(localInfo(path) != a);
-    }
-
-    void infosFromManyThreads()
-    {
-        // Creating and querying shared (cached) infos concurrently must be safe.
-        QStringList paths;
-        for (int i = 0; i < 20; ++i) {
-            paths << tmp.filePath(QStringLiteral("t%1.txt").arg(i));
-            writeFile(paths.last(), QByteArray(i, 'x'));
-        }
-        QAtomicInt mismatches;
-        std::vector<std::unique_ptr<QThread>> threads;
-        for (int t = 0; t < 4; ++t) {
-            threads.emplace_back(QThread::create([&paths, &mismatches] {
-                for (int round = 0; round < 50; ++round) {
-                    for (int i = 0; i < paths.size(); ++i) {
-                        const FileInfoPointer info = localInfo(paths.at(i));
-                        if (!info || info->size() != i || info->mimeTypeName().isEmpty())
-                            mismatches.fetchAndAddRelaxed(1);
-                        if (round % 10 == 0)
-                            InfoCache::instance().removeCacheInfo(QUrl::fromLocalFile(paths.at(i)));
-                    }
-                }
-            }));
-            threads.back()->start();
-        }
-        for (auto &thread : threads)
-            QVERIFY(thread->wait(30000));
-        QCOMPARE(mismatches.loadRelaxed(), 0);
     }
 
 private:

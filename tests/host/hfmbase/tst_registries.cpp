@@ -93,27 +93,6 @@ private Q_SLOTS:
         QTEST(UrlRoute::urlParent(url), "parent");
     }
 
-    void concurrentRoutes()
-    {
-        // Registration from many threads while others read must neither
-        // crash nor lose a scheme.
-        std::vector<std::unique_ptr<QThread>> threads;
-        for (int t = 0; t < 4; ++t) {
-            threads.emplace_back(QThread::create([t] {
-                for (int i = 0; i < 200; ++i) {
-                    UrlRoute::regScheme(QStringLiteral("s%1-%2").arg(t).arg(i), QStringLiteral("/"));
-                    UrlRoute::rootUrl(QStringLiteral("cloud"));
-                    UrlRoute::schemes();
-                }
-            }));
-            threads.back()->start();
-        }
-        for (auto &thread : threads)
-            QVERIFY(thread->wait(10000));
-        for (int t = 0; t < 4; ++t)
-            QVERIFY(UrlRoute::hasScheme(QStringLiteral("s%1-199").arg(t)));
-    }
-
     void entrySuffix_data()
     {
         QTest::addColumn<QUrl>("url");

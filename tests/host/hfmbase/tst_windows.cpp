@@ -91,43 +91,6 @@ private Q_SLOTS:
         QCOMPARE(relayed.at(0).at(1).toUrl(), target);
         delete window;
     }
-
-    void partsAreInstalledOnce_data()
-    {
-        QTest::addColumn<int>("part");
-        QTest::newRow("side bar") << 0;
-        QTest::newRow("title bar") << 1;
-        QTest::newRow("workspace") << 2;
-    }
-    void partsAreInstalledOnce()
-    {
-        using W = FileManagerWindow;
-        const struct
-        {
-            void (W::*install)(QWidget *);
-            QWidget *(W::*installed)() const;
-            void (W::*finished)();
-        } parts[] = {{&W::installSideBar, &W::sideBar, &W::sideBarInstallFinished},
-            {&W::installTitleBar, &W::titleBar, &W::titleBarInstallFinished},
-            {&W::installWorkSpace, &W::workSpace, &W::workspaceInstallFinished}};
-        QFETCH(int, part);
-        const auto &api = parts[part];
-        FileManagerWindow window(QUrl(QStringLiteral("file:///")));
-        QSignalSpy finished(&window, api.finished);
-        QVERIFY(!(window.*api.installed)());
-        auto *widget = new QLabel;
-        (window.*api.install)(widget);
-        QCOMPARE((window.*api.installed)(), widget);
-        QCOMPARE(widget->window(), &window);
-        QCOMPARE(finished.size(), 1);
-
-        auto *other = new QLabel;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^FileManagerWindow::install")));
-        (window.*api.install)(other);
-        QCOMPARE((window.*api.installed)(), widget);
-        QCOMPARE(finished.size(), 1);
-        delete other;
-    }
 };
 
 QTEST_MAIN(TestWindows)

@@ -146,23 +146,6 @@ private Q_SLOTS:
         QCOMPARE(spy.size(), expected != ThemeHelper::LightType ? 1 : 0);
     }
 
-    void forcedThemeIgnoresPalette()
-    {
-        ThemeHelper *helper = ThemeHelper::instance();
-        QSignalSpy spy(helper, &ThemeHelper::themeTypeChanged);
-        helper->setThemeType(ThemeHelper::DarkType);
-        helper->setThemeType(ThemeHelper::DarkType);
-        QCOMPARE(spy.size(), 1);
-
-        // A forced theme stays while the palette changes underneath.
-        QApplication::setPalette(paletteWithWindow(Qt::white));
-        QCOMPARE(helper->themeType(), ThemeHelper::DarkType);
-        // Unforcing judges the palette again.
-        helper->setThemeType(ThemeHelper::UnknownType);
-        QCOMPARE(helper->themeType(), ThemeHelper::LightType);
-        QCOMPARE(spy.size(), 2);
-    }
-
     void tipLabelIsSmallerAndDimmed()
     {
         htk::Label label(QStringLiteral("main"));

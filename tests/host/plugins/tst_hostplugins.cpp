@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The host's six plug-ins loaded in-process with a test plug-in that uses
-// only the public SDK: navigation filters, top widgets, listing of a plug-in
-// scheme with emblems, live updates, menus, the computer entry, the sidebar
-// item from metadata and a custom view with its title-bar settings.
+// only the public SDK: navigation filters, top widgets, live updates, menus,
+// the sidebar item from metadata and a custom view with its title-bar
+// settings. What the cloud plug-in uses as well (listing, emblems, the
+// computer entry) its own end-to-end tests drive.
 #include "../app/filetestutils.h"
 #include "../app/statetestutils.h"
 #include "automation/menuinterceptor.h"
@@ -131,10 +132,8 @@ private Q_SLOTS:
         previousHandler = qInstallMessageHandler(quietPlatform);
         QVERIFY(root.isValid());
         qputenv("HOSTTEST_ROOT", root.path().toUtf8());
-        for (const QString &name :
-            words("dir/inner.txt|a-plain.txt|b-marked.txt|c-marked-twice.txt|.dotfile|hidden-by-list.txt"))
+        for (const QString &name : words("dir/inner.txt|a-plain.txt"))
             writeFile(root.filePath(name));
-        writeFile(root.filePath(QStringLiteral(".hidden")), "hidden-by-list.txt\n");
         QVERIFY(QDir(root.path()).mkpath(QStringLiteral("empty")));
         QVERIFY(QDir(root.path()).mkpath(QStringLiteral("no-banner")));
 
@@ -261,18 +260,6 @@ private Q_SLOTS:
 
     void topWidgetOncePerViewAndShownPerCallback();
 
-    void listingOfPluginSchemeWithEmblems()
-    {
-        const quint64 id = openWindow(testUrl("/"));
-        QVERIFY(waitLoaded(id));
-        // Folders first; dot files and names in ".hidden" stay out.
-        QCOMPARE(itemNames(id), words("dir|empty|no-banner|a-plain.txt|b-marked.txt|c-marked-twice.txt"));
-        const QJsonValue items = at(currentTab(id), "view/items");
-        QCOMPARE(at(items, "name=a-plain.txt/url").toString(), QStringLiteral("hosttest:///a-plain.txt"));
-        QCOMPARE(strings(at(items, "name=a-plain.txt/emblems")), QStringList());
-        QCOMPARE(strings(at(items, "name=c-marked-twice.txt/emblems")), words("emblem-important|emblem-default"));
-    }
-
     void tabNamesHistoryAndEmptyTip()
     {
         const quint64 id = openWindow(testUrl("/"));
@@ -383,34 +370,21 @@ private Q_SLOTS:
         QTest::addColumn<QString>("action");   // triggered, when given
         QTest::addColumn<QString>("dialog");   // "title: message" of the dialog it shows
 
-        QTest::newRow("file of the plug-in scheme: host scene and the plug-in's")
-            << "hosttest:///" << Inspector::kWorkspace << "a-plain.txt"
-            << words("open|copy|cut|rename|move-to-trash|delete|hosttest-info") << "hosttest-info"
-            << "Test info: hosttest:///a-plain.txt";
-        QTest::newRow("folder of the plug-in scheme")
-            << "hosttest:///" << Inspector::kWorkspace << "dir"
-            << words("open|open-in-new-window|open-in-new-tab|copy|cut|rename|move-to-trash|delete|hosttest-info") << ""
-            << "";
-        QTest::newRow("empty area") << "hosttest:///" << Inspector::kWorkspace << ""
-                                    << words("new-folder|new-document|paste") << ""
-                                    << "";
-        QTest::newRow("computer entry with a bound scene")
-            << "computer:///" << Inspector::kComputer << "Test Drive"
-            << words("open|open-in-new-window|open-in-new-tab|hosttest-hello") << "hosttest-hello"
-            << "Hello: from the test entry";
-        QTest::newRow("host computer entry") << "computer:///" << Inspector::kComputer << "System Disk"
-                                             << words("open|open-in-new-window|open-in-new-tab") << ""
-                                             << "";
-        QTest::newRow("sidebar item with its own menu") << "computer:///" << Inspector::kSidebar << "hosttest:///"
-                                                        << words("hosttest-sidebar-action") << "hosttest-sidebar-action"
-                                                        << "Sidebar action: triggered";
-        QTest::newRow("host sidebar item")
-            << "computer:///" << Inspector::kSidebar << "Computer" << words("open-in-new-window|open-in-new-tab") << ""
-            << "";
-        QTest::newRow("missing action") << "hosttest:///" << Inspector::kWorkspace << "a-plain.txt"
-                                        << words("open|copy|cut|rename|move-to-trash|delete|hosttest-info")
-                                        << "no-such-action"
-                                        << "";
+        const QString ws = Inspector::kWorkspace;
+        const QString pc = Inspector::kComputer;
+        const QString side = Inspector::kSidebar;
+        const char *fileIds = "open|copy|cut|rename|move-to-trash|delete|hosttest-info";
+        const char *open = "open|open-in-new-window|open-in-new-tab";
+        // clang-format off
+        QTest::newRow("file: host scene and the plug-in's") << "hosttest:///" << ws << "a-plain.txt" << words(fileIds) << "hosttest-info" << "Test info: hosttest:///a-plain.txt";
+        QTest::newRow("folder") << "hosttest:///" << ws << "dir" << words("open|open-in-new-window|open-in-new-tab|copy|cut|rename|move-to-trash|delete|hosttest-info") << "" << "";
+        QTest::newRow("empty area") << "hosttest:///" << ws << "" << words("new-folder|new-document|paste") << "" << "";
+        QTest::newRow("computer entry with a bound scene") << "computer:///" << pc << "Test Drive" << words(open) + words("hosttest-hello") << "hosttest-hello" << "Hello: from the test entry";
+        QTest::newRow("host computer entry") << "computer:///" << pc << "System Disk" << words(open) << "" << "";
+        QTest::newRow("sidebar item with its own menu") << "computer:///" << side << "hosttest:///" << words("hosttest-sidebar-action") << "hosttest-sidebar-action" << "Sidebar action: triggered";
+        QTest::newRow("host sidebar item") << "computer:///" << side << "Computer" << words("open-in-new-window|open-in-new-tab") << "" << "";
+        QTest::newRow("missing action") << "hosttest:///" << ws << "a-plain.txt" << words(fileIds) << "no-such-action" << "";
+        // clang-format on
     }
     void menusListedAndTriggered()
     {
@@ -461,8 +435,6 @@ private Q_SLOTS:
         QDir(inRoot("New Folder")).removeRecursively();
     }
 
-    void computerEntryOpensItsTarget();
-
     void customViewAndTitleBarSettings();
 
     void malformedRegistrationsAreRefused_data()
@@ -473,40 +445,29 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("result");
         QTest::addColumn<QString>("warning");
 
-        QTest::newRow("top widget without creator")
-            << Space::kWorkspace << Topic::kRegisterCustomTopWidget
-            << QVariantList {QVariantMap {{PropertyKey::kScheme, QStringLiteral("x")}}} << QVariant(false)
-            << "registerCustomTopWidget: refused - Property_Key_CreateTopWidgetCallback is not a TopWidCreator";
-        QTest::newRow("top widget without scheme")
-            << Space::kWorkspace << Topic::kRegisterCustomTopWidget << QVariantList {QVariantMap()} << QVariant(false)
-            << "refused - no Property_Key_Scheme";
-        QTest::newRow("sidebar update of an unknown item")
-            << Space::kSidebar << Topic::kSidebarItemUpdate
-            << QVariantList {QUrl(QStringLiteral("nowhere:///")), QVariantMap()} << QVariant(false)
-            << "SidebarStore::update: no item for";
-        QTest::newRow("sidebar update with unknown keys")
-            << Space::kSidebar << Topic::kSidebarItemUpdate
-            << QVariantList {QUrl(QStringLiteral("computer:///")), QVariantMap {{QStringLiteral("Colour"), 3}}}
-            << QVariant(true) << "ignored the properties";
-        QTest::newRow("computer entry nobody makes")
-            << Space::kComputer << Topic::kComputerItemAdd
-            << QVariantList {QStringLiteral("Disks"), QUrl(QStringLiteral("entry:///x.nosuchsuffix")), 1, false}
-            << QVariant(false) << "ComputerStore::add: cannot add";
-        QTest::newRow("computer entry listed twice")
-            << Space::kComputer << Topic::kComputerItemAdd
-            << QVariantList {QStringLiteral("Disks"), QUrl(QStringLiteral("entry:///root.localdisk")), 1, false}
-            << QVariant(false) << "is listed already";
-        QTest::newRow("menu scene made by nobody")
-            << Space::kMenu << Topic::kMenuCreateScene << QVariantList {QStringLiteral("NoSuchScene")}
+        const QVariant no(false);
+        const QVariant yes(true);
+        auto entry = [](const char *url) {
+            return QVariantList {QStringLiteral("Disks"), QUrl(QLatin1String(url)), 1, false};
+        };
+        // clang-format off
+        QTest::newRow("top widget without creator") << Space::kWorkspace << Topic::kRegisterCustomTopWidget << QVariantList {QVariantMap {{PropertyKey::kScheme, QStringLiteral("x")}}}
+            << no << "registerCustomTopWidget: refused - Property_Key_CreateTopWidgetCallback is not a TopWidCreator";
+        QTest::newRow("top widget without scheme") << Space::kWorkspace << Topic::kRegisterCustomTopWidget << QVariantList {QVariantMap()}
+            << no << "refused - no Property_Key_Scheme";
+        QTest::newRow("sidebar update of an unknown item") << Space::kSidebar << Topic::kSidebarItemUpdate << QVariantList {QUrl(QStringLiteral("nowhere:///")), QVariantMap()}
+            << no << "SidebarStore::update: no item for";
+        QTest::newRow("sidebar update with unknown keys") << Space::kSidebar << Topic::kSidebarItemUpdate << QVariantList {QUrl(QStringLiteral("computer:///")), QVariantMap {{QStringLiteral("Colour"), 3}}}
+            << yes << "ignored the properties";
+        QTest::newRow("computer entry nobody makes") << Space::kComputer << Topic::kComputerItemAdd << entry("entry:///x.nosuchsuffix") << no << "ComputerStore::add: cannot add";
+        QTest::newRow("computer entry listed twice") << Space::kComputer << Topic::kComputerItemAdd << entry("entry:///root.localdisk") << no << "is listed already";
+        QTest::newRow("menu scene made by nobody") << Space::kMenu << Topic::kMenuCreateScene << QVariantList {QStringLiteral("NoSuchScene")}
             << QVariant::fromValue<hfmbase::AbstractMenuScene *>(nullptr) << "no scene is registered as";
-        QTest::newRow("title bar settings without scheme")
-            << Space::kTitlebar << Topic::kTitlebarCustomRegister
-            << QVariantList {QString(), QVariantMap {{PropertyKey::kHideIconViewBtn, true}}} << QVariant(false)
-            << "refused settings without a scheme";
-        QTest::newRow("title bar key nobody knows")
-            << Space::kTitlebar << Topic::kTitlebarCustomRegister
-            << QVariantList {QStringLiteral("odd"), QVariantMap {{QStringLiteral("Property_Key_Colour"), true}}}
-            << QVariant(true) << "ignored the unknown key";
+        QTest::newRow("title bar settings without scheme") << Space::kTitlebar << Topic::kTitlebarCustomRegister << QVariantList {QString(), QVariantMap {{PropertyKey::kHideIconViewBtn, true}}}
+            << no << "refused settings without a scheme";
+        QTest::newRow("title bar key nobody knows") << Space::kTitlebar << Topic::kTitlebarCustomRegister << QVariantList {QStringLiteral("odd"), QVariantMap {{QStringLiteral("Property_Key_Colour"), true}}}
+            << yes << "ignored the unknown key";
+        // clang-format on
     }
     void malformedRegistrationsAreRefused()
     {
@@ -568,20 +529,6 @@ void HostPluginsTest::topWidgetOncePerViewAndShownPerCallback()
     // A new tab is a new view with a widget of its own.
     requestNewTab(id, testUrl("/"));
     QCOMPARE(testPlugin->property("bannersCreated").toInt() - createdBefore, 2);
-}
-
-void HostPluginsTest::computerEntryOpensItsTarget()
-{
-    const quint64 id = openWindow(QUrl(QStringLiteral("computer:///")));
-    COMPARE_MEMBERS(at(state(), "computer/groups/name=Test Group/entries/0").toObject(),
-        R"({"name": "Test Drive", "description": "A place for tests", "icon": "folder-remote",)"
-        R"("sizeTotal": 4096, "sizeUsage": 1024, "showProgress": true})");
-    QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Computer"));
-    QCOMPARE(at(windowState(id), "sidebar/highlighted").toString(), QStringLiteral("computer:///"));
-
-    QVERIFY(invokeBool(Inspector::kWorkspace, "activate", id, QStringLiteral("Test Drive")));
-    QCOMPARE(windowState(id).value(QStringLiteral("url")).toString(), QStringLiteral("hosttest:///"));
-    QVERIFY(!invokeBool(Inspector::kWorkspace, "activate", id, QStringLiteral("No Such Entry")));
 }
 
 void HostPluginsTest::customViewAndTitleBarSettings()

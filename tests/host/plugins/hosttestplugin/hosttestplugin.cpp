@@ -26,7 +26,6 @@ namespace {
 const QString kWorkspace = QStringLiteral("hfmplugin_workspace");
 const QString kComputer = QStringLiteral("hfmplugin_computer");
 const QString kSidebar = QStringLiteral("hfmplugin_sidebar");
-const QString kEmblem = QStringLiteral("hfmplugin_emblem");
 const QString kTitlebar = QStringLiteral("hfmplugin_titlebar");
 const QString kMenu = QStringLiteral("hfmplugin_menu");
 const QUrl kRoot(QStringLiteral("hosttest:///"));
@@ -89,10 +88,6 @@ bool HostTestPlugin::start()
     whenStarted(QStringLiteral("hfmplugin-workspace"), [this] { registerWithWorkspace(); });
     whenStarted(QStringLiteral("hfmplugin-computer"), [this] { registerWithComputer(); });
     whenStarted(QStringLiteral("hfmplugin-sidebar"), [this] { registerWithSidebar(); });
-    whenStarted(QStringLiteral("hfmplugin-emblem"), [this] {
-        hpf::sequence()->follow(
-            kEmblem, QStringLiteral("hook_CustomEmblems_Fetch"), this, &HostTestPlugin::hookEmblems);
-    });
     whenStarted(QStringLiteral("hfmplugin-titlebar"), [] {
         const QVariantMap hidden {{QStringLiteral("Property_Key_HideIconViewBtn"), true},
             {QStringLiteral("Property_Key_HideListViewBtn"), true},
@@ -221,18 +216,6 @@ bool HostTestPlugin::hookTabName(const QUrl &url, QString *name)
     if (url.scheme() != QLatin1String("hosttest") || url.path() != QLatin1String("/") || !name)
         return false;
     *name = QStringLiteral("Test Root");
-    return true;
-}
-
-bool HostTestPlugin::hookEmblems(const QUrl &url, QList<QIcon> *emblems)
-{
-    if (!emblems || url.scheme() != QLatin1String("hosttest"))
-        return false;
-    if (!url.fileName().contains(QLatin1String("marked")))
-        return false;
-    emblems->append(QIcon::fromTheme(QStringLiteral("emblem-important")));
-    if (url.fileName().contains(QLatin1String("twice")))
-        emblems->append(QIcon::fromTheme(QStringLiteral("emblem-default")));
     return true;
 }
 

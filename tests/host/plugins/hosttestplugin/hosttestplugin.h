@@ -14,8 +14,8 @@
 namespace hosttest {
 
 // A plug-in for the host's tests. It uses only the public SDK, as a real
-// plug-in does: a "hosttest" scheme shown in the file view, a top widget, an
-// emblem, a tab name, a computer entry with its own menu, a sidebar item
+// plug-in does: a "hosttest" scheme shown in the file view, a top widget, a
+// tab name, a computer entry with its own menu, a sidebar item
 // from its metadata, a file menu, title-bar settings for "hosttest-page"
 // (a custom view) and navigation filters:
 //   a URL whose path contains "forbidden" is vetoed (events 1, 2, 3);
@@ -38,7 +38,6 @@ public:
     bool filterNewTab(quint64 windowId, const QUrl &url);
     void onEntered(quint64 windowId, const QUrl &url);
     bool hookTabName(const QUrl &url, QString *name);
-    bool hookEmblems(const QUrl &url, QList<QIcon> *emblems);
 
 private:
     void whenStarted(const QString &plugin, std::function<void()> func);

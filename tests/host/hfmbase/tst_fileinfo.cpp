@@ -81,20 +81,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mime");
         QTest::addColumn<int>("children");
         QTest::addColumn<QString>("icon");
-        QTest::newRow("text file") << "dir/a.txt" << true << false << qint64(5) << false << "text/plain" << -1
-                                   << "text-x-generic";
-        QTest::newRow("double suffix") << "notes.tar.gz" << true << false << qint64(10) << false
-                                       << "application/x-compressed-tar" << -1 << "package-x-generic";
-        QTest::newRow("hidden file") << "dir/.hidden" << true << false << qint64(0) << true << "application/x-zerosize"
-                                     << -1 << "application-x-generic";
-        QTest::newRow("directory with hidden entries")
-            << "dir" << true << true << qint64(-1) << false << "inode/directory" << 3 << "inode-directory";
-        QTest::newRow("empty directory") << "empty" << true << true << qint64(-1) << false << "inode/directory" << 0
-                                         << "inode-directory";
-        QTest::newRow("symlink to a file")
-            << "link" << true << false << qint64(5) << false << "text/plain" << -1 << "text-x-generic";
-        QTest::newRow("missing file") << "gone.txt" << false << false << qint64(0) << false << "text/plain" << -1
-                                      << "text-x-generic";
+        // clang-format off
+        QTest::newRow("text file") << "dir/a.txt" << true << false << qint64(5) << false << "text/plain" << -1 << "text-x-generic";
+        QTest::newRow("double suffix") << "notes.tar.gz" << true << false << qint64(10) << false << "application/x-compressed-tar" << -1 << "package-x-generic";
+        QTest::newRow("hidden file") << "dir/.hidden" << true << false << qint64(0) << true << "application/x-zerosize" << -1 << "application-x-generic";
+        QTest::newRow("directory with hidden entries") << "dir" << true << true << qint64(-1) << false << "inode/directory" << 3 << "inode-directory";
+        QTest::newRow("empty directory") << "empty" << true << true << qint64(-1) << false << "inode/directory" << 0 << "inode-directory";
+        QTest::newRow("symlink to a file") << "link" << true << false << qint64(5) << false << "text/plain" << -1 << "text-x-generic";
+        QTest::newRow("missing file") << "gone.txt" << false << false << qint64(0) << false << "text/plain" << -1 << "text-x-generic";
+        // clang-format on
     }
     void localInfoDescribesTheFile()
     {

@@ -81,32 +81,20 @@ private Q_SLOTS:
         QTest::addColumn<Action>("action");
         QTest::addColumn<QString>("expected");   // %D: the watched dir
 
-        QTest::newRow("file created") << Action([](const QString &d, const QString &) {
-            return writeFile(d + QStringLiteral("/new.txt"), "x");
-        }) << "created %D/new.txt";
-        QTest::newRow("file deleted") << Action([](const QString &d, const QString &) {
-            return QFile::remove(d + QStringLiteral("/existing.txt"));
-        }) << "deleted %D/existing.txt";
-        QTest::newRow("content changed") << Action([](const QString &d, const QString &) {
-            return writeFile(d + QStringLiteral("/existing.txt"), "more", QIODevice::Append);
-        }) << "changed %D/existing.txt";
-        QTest::newRow("renamed inside") << Action([](const QString &d, const QString &) {
-            return QFile::rename(d + QStringLiteral("/existing.txt"), d + QStringLiteral("/renamed.txt"));
-        }) << "renamed %D/existing.txt %D/renamed.txt";
-        QTest::newRow("subdirectory renamed") << Action([](const QString &d, const QString &) {
-            return QDir(d).rename(QStringLiteral("sub"), QStringLiteral("sub2"));
-        }) << "renamed %D/sub %D/sub2";
-        QTest::newRow("moved in from outside") << Action([](const QString &d, const QString &o) {
-            return QFile::rename(o + QStringLiteral("/outside.txt"), d + QStringLiteral("/arrived.txt"));
-        }) << "created %D/arrived.txt";
-        QTest::newRow("moved out") << Action([](const QString &d, const QString &o) {
-            return QFile::rename(d + QStringLiteral("/existing.txt"), o + QStringLiteral("/left.txt"));
-        }) << "deleted %D/existing.txt";
-        QTest::newRow("watched directory deleted")
-            << Action([](const QString &d, const QString &) { return QDir(d).removeRecursively(); }) << "deleted %D";
-        QTest::newRow("watched directory moved away")
-            << Action([](const QString &d, const QString &o) { return QDir().rename(d, o + QStringLiteral("/moved")); })
-            << "deleted %D";
+        using D = const QString &;
+        // clang-format off
+        QTest::newRow("file created") << Action([](D d, D) { return writeFile(d + QStringLiteral("/new.txt"), "x"); }) << "created %D/new.txt";
+        QTest::newRow("file deleted") << Action([](D d, D) { return QFile::remove(d + QStringLiteral("/existing.txt")); }) << "deleted %D/existing.txt";
+        QTest::newRow("content changed") << Action([](D d, D) { return writeFile(d + QStringLiteral("/existing.txt"), "more", QIODevice::Append); }) << "changed %D/existing.txt";
+        QTest::newRow("renamed inside") << Action([](D d, D) { return QFile::rename(d + QStringLiteral("/existing.txt"), d + QStringLiteral("/renamed.txt")); })
+                                        << "renamed %D/existing.txt %D/renamed.txt";
+        QTest::newRow("subdirectory renamed") << Action([](D d, D) { return QDir(d).rename(QStringLiteral("sub"), QStringLiteral("sub2")); }) << "renamed %D/sub %D/sub2";
+        QTest::newRow("moved in from outside") << Action([](D d, D o) { return QFile::rename(o + QStringLiteral("/outside.txt"), d + QStringLiteral("/arrived.txt")); })
+                                               << "created %D/arrived.txt";
+        QTest::newRow("moved out") << Action([](D d, D o) { return QFile::rename(d + QStringLiteral("/existing.txt"), o + QStringLiteral("/left.txt")); }) << "deleted %D/existing.txt";
+        QTest::newRow("watched directory deleted") << Action([](D d, D) { return QDir(d).removeRecursively(); }) << "deleted %D";
+        QTest::newRow("watched directory moved away") << Action([](D d, D o) { return QDir().rename(d, o + QStringLiteral("/moved")); }) << "deleted %D";
+        // clang-format on
     }
     void reportsChangesOfTheDirectory()
     {

@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using htk::MessageDialog;
@@ -23,6 +22,8 @@ QPalette paletteWithWindow(const QColor &window)
 
 }   // namespace
 
+// Recording of dialogs in automation mode is what every scripted test of the
+// host and the plug-in reads back; here the interactive side and the theme.
 class TestHtk : public QObject
 {
     Q_OBJECT
@@ -30,20 +31,6 @@ class TestHtk : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        // A tiny icon theme so that recorded icon names are deterministic.
-        QVERIFY(m_iconDir.isValid());
-        const QString theme = m_iconDir.filePath(QStringLiteral("htktest"));
-        QVERIFY(QDir().mkpath(theme + QStringLiteral("/16x16")));
-        QFile index(theme + QStringLiteral("/index.theme"));
-        QVERIFY(index.open(QIODevice::WriteOnly));
-        index.write("[Icon Theme]\nName=htktest\nDirectories=16x16\n\n[16x16]\nSize=16\n");
-        index.close();
-        QPixmap pixmap(16, 16);
-        pixmap.fill(Qt::red);
-        QVERIFY(pixmap.save(theme + QStringLiteral("/16x16/htk-test-warning.png")));
-        QIcon::setThemeSearchPaths({m_iconDir.path()});
-        QIcon::setThemeName(QStringLiteral("htktest"));
-
         m_lightPalette = paletteWithWindow(QColor(0xf0, 0xf0, 0xf0));
         QApplication::setPalette(m_lightPalette);
         ThemeHelper::instance()->setThemeType(ThemeHelper::UnknownType);
@@ -51,46 +38,8 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        MessageDialog::setAutomationMode(false);
-        MessageDialog::clearRecordedDialogs();
         ThemeHelper::instance()->setThemeType(ThemeHelper::UnknownType);
         QApplication::setPalette(m_lightPalette);
-    }
-
-    void automationRecordsAndAnswersFirst()
-    {
-        MessageDialog::setAutomationMode(true);
-        MessageDialog warning;
-        warning.setIcon(QIcon::fromTheme(QStringLiteral("htk-test-warning")));
-        warning.setTitle(QStringLiteral("The file is incomplete"));
-        warning.setMessage(QStringLiteral("Wait until the transfer has finished."));
-        warning.addButton(QStringLiteral("OK"));
-        MessageDialog question;
-        question.setTitle(QStringLiteral("Delete?"));
-        question.addButton(QStringLiteral("Cancel"));
-        question.addButton(QStringLiteral("Delete"), true);
-        // A dialog that blocked would be closed by these watchdogs and answer -1.
-        for (MessageDialog *dialog : {&warning, &question}) {
-            QTimer::singleShot(5000, dialog, &QDialog::reject);
-            QCOMPARE(dialog->exec(), 0);
-            QVERIFY(!dialog->isVisible());
-        }
-
-        const QList<MessageDialog::Record> records = MessageDialog::recordedDialogs();
-        QCOMPARE(records.size(), 2);
-        QCOMPARE(records.at(0).title, QStringLiteral("The file is incomplete"));
-        QCOMPARE(records.at(0).message, QStringLiteral("Wait until the transfer has finished."));
-        QCOMPARE(records.at(0).iconName, QStringLiteral("htk-test-warning"));
-        QCOMPARE(records.at(1).iconName, QString());
-        QCOMPARE(records.at(1).buttons, (QStringList {QStringLiteral("Cancel"), QStringLiteral("Delete")}));
-        MessageDialog::clearRecordedDialogs();
-        QVERIFY(MessageDialog::recordedDialogs().isEmpty());
-
-        // Outside automation nothing is recorded.
-        MessageDialog::setAutomationMode(false);
-        QTimer::singleShot(0, &warning, &QDialog::reject);
-        QCOMPARE(warning.exec(), -1);
-        QVERIFY(MessageDialog::recordedDialogs().isEmpty());
     }
 
     void execReturnsPressedButton_data()
@@ -162,7 +111,6 @@ private Q_SLOTS:
     }
 
 private:
-    QTemporaryDir m_iconDir;
     QPalette m_lightPalette;
 };
 

@@ -184,25 +184,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("announced");   // the last URL event 1 told of
 
         // Each navigation event passes, is vetoed or is redirected.
-        const struct
-        {
-            int event;
-            const char *name;
-            int newWindows;
-            int newTabs;
-        } events[] = {{1, "change directory", 0, 0}, {3, "new tab", 0, 1}, {2, "new window", 1, 0}};
-        for (const auto &e : events) {
-            QTest::addRow("%s passes", e.name)
-                << e.event << "hosttest:///dir" << e.newWindows << e.newTabs << "hosttest:///dir"
-                << "hosttest:///dir";
-            QTest::addRow("%s vetoed", e.name) << e.event << "hosttest:///forbidden" << 0 << 0 << "hosttest:///"
-                                               << "hosttest:///";
-            QTest::addRow("%s redirected", e.name)
-                << e.event << "hosttest-redirect:///dir" << e.newWindows << e.newTabs << "hosttest:///dir"
-                << "hosttest:///dir";
+        const QString root = QStringLiteral("hosttest:///");
+        const QString dir = QStringLiteral("hosttest:///dir");
+        // clang-format off
+        for (const auto &e : {std::make_tuple(1, "change directory", 0, 0), {3, "new tab", 0, 1}, {2, "new window", 1, 0}}) {
+            const int event = std::get<0>(e);
+            QTest::addRow("%s passes", std::get<1>(e)) << event << dir << std::get<2>(e) << std::get<3>(e) << dir << dir;
+            QTest::addRow("%s vetoed", std::get<1>(e)) << event << "hosttest:///forbidden" << 0 << 0 << root << root;
+            QTest::addRow("%s redirected", std::get<1>(e)) << event << "hosttest-redirect:///dir" << std::get<2>(e) << std::get<3>(e) << dir << dir;
         }
-        QTest::newRow("no view for the scheme") << 1 << "nosuchscheme:///x" << 0 << 0 << "hosttest:///"
-                                                << "nosuchscheme:///x";
+        QTest::newRow("no view for the scheme") << 1 << "nosuchscheme:///x" << 0 << 0 << root << "nosuchscheme:///x";
+        // clang-format on
     }
     void navigationFilters()
     {

@@ -263,9 +263,6 @@ menu-trigger blank last paste
 wait-for item last "a (1).txt"
 menu-trigger item last "a (1).txt" move-to-trash
 wait-for no-item last "a (1).txt"
-cd last computer:///
-menu-trigger entry last "Test Drive" hosttest-hello
-menu-trigger sidebar last "Test Place (started)" hosttest-sidebar-action
 menu-trigger item last nothing copy
 )S"));
         QCOMPARE(result.exitCode, 1);

@@ -2,8 +2,8 @@
 // The host's six plug-ins loaded in-process with a test plug-in that uses
 // only the public SDK: navigation filters, top widgets, live updates, menus,
 // the sidebar item from metadata and a custom view with its title-bar
-// settings. What the cloud plug-in uses as well (listing, emblems, the
-// computer entry) its own end-to-end tests drive.
+// settings. What the cloud plug-in uses as well (listing, emblems, tab names,
+// the computer entry, sidebar menus) its own end-to-end tests drive.
 #include "../app/filetestutils.h"
 #include "../app/statetestutils.h"
 #include "automation/menuinterceptor.h"
@@ -252,10 +252,9 @@ private Q_SLOTS:
 
     void topWidgetOncePerViewAndShownPerCallback();
 
-    void tabNamesHistoryAndEmptyTip()
+    void tabNameHistoryAndEmptyTip()
     {
         const quint64 id = openWindow(testUrl("/"));
-        QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("Test Root"));
         requestChangeUrl(id, testUrl("/dir"));
         QCOMPARE(currentTab(id).value(QStringLiteral("name")).toString(), QStringLiteral("dir"));
         QCOMPARE(window(id)->windowTitle(), QStringLiteral("dir"));
@@ -371,9 +370,7 @@ private Q_SLOTS:
         QTest::newRow("file: host scene and the plug-in's") << "hosttest:///" << ws << "a-plain.txt" << words(fileIds) << "hosttest-info" << "Test info: hosttest:///a-plain.txt";
         QTest::newRow("folder") << "hosttest:///" << ws << "dir" << words("open|open-in-new-window|open-in-new-tab|copy|cut|rename|move-to-trash|delete|hosttest-info") << "" << "";
         QTest::newRow("empty area") << "hosttest:///" << ws << "" << words("new-folder|new-document|paste") << "" << "";
-        QTest::newRow("computer entry with a bound scene") << "computer:///" << pc << "Test Drive" << words(open) + words("hosttest-hello") << "hosttest-hello" << "Hello: from the test entry";
         QTest::newRow("host computer entry") << "computer:///" << pc << "System Disk" << words(open) << "" << "";
-        QTest::newRow("sidebar item with its own menu") << "computer:///" << side << "hosttest:///" << words("hosttest-sidebar-action") << "hosttest-sidebar-action" << "Sidebar action: triggered";
         QTest::newRow("host sidebar item") << "computer:///" << side << "Computer" << words("open-in-new-window|open-in-new-tab") << "" << "";
         QTest::newRow("missing action") << "hosttest:///" << ws << "a-plain.txt" << words(fileIds) << "no-such-action" << "";
         // clang-format on
@@ -487,15 +484,9 @@ void HostPluginsTest::sidebarItemFromMetadataBeforeStart()
     QCOMPARE(testPlugin->property("sidebarItemBeforeStart").toBool(), true);
     COMPARE_MEMBERS(at(state(), "sidebar/items/[url=hosttest:///]").toObject(),
         R"j({"name": "Test Place (started)", "reportName": "TestPlace", "visibleControl": "hosttest",)j"
-        R"("group": "Group_Common", "plugin": "hfmplugin-hosttest", "customMenu": true})");
+        R"("group": "Group_Common", "plugin": "hfmplugin-hosttest"})");
     // The two malformed entries of the same metadata made no item.
     QCOMPARE(strings(at(state(), "sidebar/items"), "plugin").count(QStringLiteral("hfmplugin-hosttest")), 1);
-
-    // Its find-me callback highlights it on the scheme's root only.
-    const quint64 id = openWindow(testUrl("/"));
-    QCOMPARE(at(windowState(id), "sidebar/highlighted").toString(), QStringLiteral("hosttest:///"));
-    requestChangeUrl(id, testUrl("/dir"));
-    QCOMPARE(at(windowState(id), "sidebar/highlighted").toString(), QString());
 }
 
 void HostPluginsTest::topWidgetOncePerViewAndShownPerCallback()

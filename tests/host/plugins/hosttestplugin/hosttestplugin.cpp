@@ -24,28 +24,10 @@ namespace hosttest {
 namespace {
 
 const QString kWorkspace = QStringLiteral("hfmplugin_workspace");
-const QString kComputer = QStringLiteral("hfmplugin_computer");
 const QString kSidebar = QStringLiteral("hfmplugin_sidebar");
 const QString kTitlebar = QStringLiteral("hfmplugin_titlebar");
 const QString kMenu = QStringLiteral("hfmplugin_menu");
 const QUrl kRoot(QStringLiteral("hosttest:///"));
-const QUrl kEntry(QStringLiteral("entry:///hosttest.hosttest"));
-
-void showDialog(const QString &title, const QString &message)
-{
-    htk::MessageDialog dialog;
-    dialog.setTitle(title);
-    dialog.setMessage(message);
-    dialog.addButton(QStringLiteral("Close"), true);
-    dialog.exec();
-}
-
-QAction *addAction(QMenu *menu, const QString &id, const char *text)
-{
-    QAction *action = menu->addAction(QLatin1String(text));
-    action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
-    return action;
-}
 
 }   // namespace
 
@@ -55,8 +37,6 @@ void HostTestPlugin::initialize()
     setProperty("entered", QStringList());
     qRegisterMetaType<hfmbase::TopWidCreator>("TopWidCreator");
     qRegisterMetaType<hfmbase::TopWidShowFunc>("TopWidShowFunc");
-    qRegisterMetaType<hfmbase::SidebarMenuCreator>("SidebarMenuCreator");
-    qRegisterMetaType<hfmbase::FindMeCallback>("FindMeCallback");
 
     hfmbase::UrlRoute::regScheme(QStringLiteral("hosttest"), QStringLiteral("/"),
         QIcon::fromTheme(QStringLiteral("folder-remote")), true, QStringLiteral("Test Place"));
@@ -66,7 +46,6 @@ void HostTestPlugin::initialize()
     hfmbase::DirIteratorFactory::regClass<TestDirIterator>(QStringLiteral("hosttest"));
     hfmbase::WatcherFactory::regClass<TestWatcher>(QStringLiteral("hosttest"));
     hfmbase::ViewFactory::regClass<TestPageView>(QStringLiteral("hosttest-page"));
-    hfmbase::EntryEntityFactory::regClass<TestEntryEntity>(QStringLiteral("hosttest"));
 
     auto *dispatcher = hpf::dispatcher();
     dispatcher->installEventFilter(hfmbase::kChangeCurrentUrl, this, &HostTestPlugin::filterChangeUrl);
@@ -86,8 +65,6 @@ bool HostTestPlugin::start()
               .toBool();
     setProperty("sidebarItemBeforeStart", present);
     whenStarted(QStringLiteral("hfmplugin-workspace"), [this] { registerWithWorkspace(); });
-    whenStarted(QStringLiteral("hfmplugin-computer"), [this] { registerWithComputer(); });
-    whenStarted(QStringLiteral("hfmplugin-sidebar"), [this] { registerWithSidebar(); });
     whenStarted(QStringLiteral("hfmplugin-titlebar"), [] {
         const QVariantMap hidden {{QStringLiteral("Property_Key_HideIconViewBtn"), true},
             {QStringLiteral("Property_Key_HideListViewBtn"), true},
@@ -132,40 +109,9 @@ void HostTestPlugin::registerWithWorkspace()
     channel->push(kWorkspace, QStringLiteral("slot_RegisterCustomTopWidget"), top);
     channel->push(kWorkspace, QStringLiteral("slot_RegisterFileView"), QStringLiteral("hosttest"));
     channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestFileMenu"),
-        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator(false)));
+        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator));
     channel->push(kWorkspace, QStringLiteral("slot_RegisterMenuScene"), QStringLiteral("hosttest"),
         QStringLiteral("HostTestFileMenu"));
-    hpf::sequence()->follow(kWorkspace, QStringLiteral("hook_Tab_SetTabName"), this, &HostTestPlugin::hookTabName);
-}
-
-void HostTestPlugin::registerWithComputer()
-{
-    auto *channel = hpf::channel();
-    channel->push(kComputer, QStringLiteral("slot_Item_Add"), QStringLiteral("Test Group"), kEntry, 1, false);
-    channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestEntryMenu"),
-        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator(true)));
-    channel->push(kMenu, QStringLiteral("slot_MenuScene_Bind"), QStringLiteral("HostTestEntryMenu"),
-        QStringLiteral("ComputerMenu"));
-}
-
-void HostTestPlugin::registerWithSidebar()
-{
-    QVariantMap properties;
-    properties.insert(QStringLiteral("Property_Key_QtItemFlags"),
-        QVariant::fromValue(Qt::ItemFlags(Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemIsEnabled)));
-    properties.insert(QStringLiteral("Property_Key_Icon"), QIcon::fromTheme(QStringLiteral("folder-remote")));
-    properties.insert(QStringLiteral("Property_Key_CallbackContextMenu"),
-        QVariant::fromValue(hfmbase::SidebarMenuCreator([](quint64, const QUrl &, const QPoint &pos) {
-            QMenu menu;
-            addAction(&menu, QStringLiteral("hosttest-sidebar-action"), "Sidebar action");
-            if (menu.exec(pos))
-                showDialog(QStringLiteral("Sidebar action"), QStringLiteral("triggered"));
-        })));
-    properties.insert(QStringLiteral("Property_Key_CallbackFindMe"),
-        QVariant::fromValue(hfmbase::FindMeCallback([](const QUrl &, const QUrl &target) {
-            return target.scheme() == QLatin1String("hosttest") && target.path() == QLatin1String("/");
-        })));
-    hpf::channel()->push(kSidebar, QStringLiteral("slot_Item_Update"), kRoot, properties);
 }
 
 bool HostTestPlugin::filter(const QUrl &url, const std::function<void(const QUrl &)> &republish)
@@ -211,14 +157,6 @@ void HostTestPlugin::onEntered(quint64, const QUrl &url)
     setProperty("entered", property("entered").toStringList() << url.toString());
 }
 
-bool HostTestPlugin::hookTabName(const QUrl &url, QString *name)
-{
-    if (url.scheme() != QLatin1String("hosttest") || url.path() != QLatin1String("/") || !name)
-        return false;
-    *name = QStringLiteral("Test Root");
-    return true;
-}
-
 TestBanner::TestBanner(int number) : text(new QLabel(this))
 {
     setProperty("iconName", QStringLiteral("dialog-information"));
@@ -239,11 +177,9 @@ TestPageView::TestPageView(const QUrl &url, QWidget *parent) : QWidget(parent), 
     layout->addWidget(button);
 }
 
-bool TestScene::initialize(const QVariantHash &params)
+bool FileScene::initialize(const QVariantHash &params)
 {
     selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
-    if (entry)
-        return selected.contains(kEntry);
     auto *host = hpf::channel()
                      ->push(kMenu, QStringLiteral("slot_MenuScene_CreateScene"), QStringLiteral("WorkspaceMenu"))
                      .value<hfmbase::AbstractMenuScene *>();
@@ -252,25 +188,29 @@ bool TestScene::initialize(const QVariantHash &params)
     return AbstractMenuScene::initialize(params);
 }
 
-bool TestScene::create(QMenu *parent)
+bool FileScene::create(QMenu *parent)
 {
     AbstractMenuScene::create(parent);
-    if (entry || !selected.isEmpty())
-        predicateAction.insert(actionId(), addAction(parent, actionId(), entry ? "Say hello" : "Test info"));
+    if (!selected.isEmpty()) {
+        QAction *action = parent->addAction(QStringLiteral("Test info"));
+        action->setProperty(hfmbase::ActionPropertyKey::kActionID, QStringLiteral("hosttest-info"));
+        predicateAction.insert(QStringLiteral("hosttest-info"), action);
+    }
     return true;
 }
 
-bool TestScene::triggered(QAction *action)
+bool FileScene::triggered(QAction *action)
 {
-    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != actionId())
+    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != QLatin1String("hosttest-info"))
         return AbstractMenuScene::triggered(action);
     QStringList names;
     for (const QUrl &url : qAsConst(selected))
         names.append(url.toString());
-    if (entry)
-        showDialog(QStringLiteral("Hello"), QStringLiteral("from the test entry"));
-    else
-        showDialog(QStringLiteral("Test info"), names.join(QLatin1Char(' ')));
+    htk::MessageDialog dialog;
+    dialog.setTitle(QStringLiteral("Test info"));
+    dialog.setMessage(names.join(QLatin1Char(' ')));
+    dialog.addButton(QStringLiteral("Close"), true);
+    dialog.exec();
     return true;
 }
 

@@ -263,10 +263,8 @@ menu-trigger blank last paste
 wait-for item last "a (1).txt"
 menu-trigger item last "a (1).txt" move-to-trash
 wait-for no-item last "a (1).txt"
-menu-trigger item last nothing copy
 )S"));
-        QCOMPARE(result.exitCode, 1);
-        QVERIFY2(result.errors.contains(QLatin1String("no item \"nothing\"")), qPrintable(result.errors));
+        QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
         // Only "menu" and "menu-shot" print; what the triggers did shows in the files.
         QCOMPARE(result.lines.size(), 2);
         QCOMPARE(values(at(QJsonDocument::fromJson(result.lines.at(0).toUtf8()).object(), "menu"), "id"),
@@ -286,7 +284,6 @@ menu-trigger item last nothing copy
         const Run result = run(QStringLiteral(R"S(open hosttest-page:///
 click last "Press me"
 expect windows/0/tabs/0/view/texts/0 Pressed
-expect windows/0/titlebar/iconViewBtn false
 resize last 800 500
 screenshot last "%1"
 expect theme light

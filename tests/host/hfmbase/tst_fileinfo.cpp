@@ -26,8 +26,6 @@ using Query = std::function<QVariant(const FileInfo &)>;
 Q_DECLARE_METATYPE(Query)
 using Action = std::function<bool(const QString &dir, const QString &outside)>;
 Q_DECLARE_METATYPE(Action)
-Q_DECLARE_METATYPE(QDir::Filters)
-Q_DECLARE_METATYPE(QDirIterator::IteratorFlags)
 
 namespace {
 
@@ -300,46 +298,6 @@ private Q_SLOTS:
         QCOMPARE(localInfo(path + QLatin1Char('/')), a);
         InfoCache::instance().removeCacheInfo(QUrl::fromLocalFile(path));
         QVERIFY(localInfo(path) != a);
-    }
-
-    void listsLikeQDirIterator_data()
-    {
-        QTest::addColumn<QStringList>("nameFilters");
-        QTest::addColumn<QDir::Filters>("filters");
-        QTest::addColumn<QDirIterator::IteratorFlags>("flags");
-        const QDirIterator::IteratorFlags flat = QDirIterator::NoIteratorFlags;
-        const QDir::Filters entries = QDir::AllEntries;
-        // The listing is QDirIterator's: one row per kind of request.
-        QTest::newRow("no filter") << QStringList() << QDir::Filters(QDir::NoFilter) << flat;
-        QTest::newRow("hidden files too") << QStringList() << (entries | QDir::Hidden | QDir::NoDotAndDotDot) << flat;
-        QTest::newRow("name filter") << QStringList {QStringLiteral("*.txt")} << QDir::Filters(QDir::Files) << flat;
-        QTest::newRow("recursive following symlinks") << QStringList() << (QDir::Files | QDir::NoDotAndDotDot)
-                                                      << (QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
-    }
-    void listsLikeQDirIterator()
-    {
-        QFETCH(QStringList, nameFilters);
-        QFETCH(QDir::Filters, filters);
-        QFETCH(QDirIterator::IteratorFlags, flags);
-
-        QStringList expected;
-        QDirIterator reference(tmp.path(), nameFilters, filters, flags);
-        while (reference.hasNext())
-            expected << reference.next();
-
-        const QUrl dirUrl = QUrl::fromLocalFile(tmp.path());
-        auto it = DirIteratorFactory::create<AbstractDirIterator>(dirUrl, nameFilters, filters, flags);
-        QStringList listed;
-        while (it->hasNext()) {
-            const QUrl next = it->next();
-            QCOMPARE(it->fileName(), next.fileName());
-            const auto info = it->fileInfo();
-            QCOMPARE(info->fileUrl(), next);
-            QCOMPARE(info->size(), QFileInfo(next.toLocalFile()).size());
-            listed << next.toLocalFile();
-        }
-        QCOMPARE(listed, expected);
-        QVERIFY(it->next().isEmpty());   // past the end: nothing, no crash
     }
 
     void listingRefreshesTheInfoCache()

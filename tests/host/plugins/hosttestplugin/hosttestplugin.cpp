@@ -24,42 +24,19 @@ namespace hosttest {
 namespace {
 
 const QString kWorkspace = QStringLiteral("hfmplugin_workspace");
-const QString kComputer = QStringLiteral("hfmplugin_computer");
 const QString kSidebar = QStringLiteral("hfmplugin_sidebar");
-const QString kEmblem = QStringLiteral("hfmplugin_emblem");
 const QString kTitlebar = QStringLiteral("hfmplugin_titlebar");
 const QString kMenu = QStringLiteral("hfmplugin_menu");
 const QUrl kRoot(QStringLiteral("hosttest:///"));
-const QUrl kEntry(QStringLiteral("entry:///hosttest.hosttest"));
-
-void showDialog(const QString &title, const QString &message)
-{
-    htk::MessageDialog dialog;
-    dialog.setTitle(title);
-    dialog.setMessage(message);
-    dialog.addButton(QStringLiteral("Close"), true);
-    dialog.exec();
-}
-
-QAction *addAction(QMenu *menu, const QString &id, const QString &text)
-{
-    QAction *action = menu->addAction(text);
-    action->setProperty(hfmbase::ActionPropertyKey::kActionID, id);
-    return action;
-}
 
 }   // namespace
 
 void HostTestPlugin::initialize()
 {
-    setProperty("vetoed", 0);
-    setProperty("redirected", 0);
     setProperty("bannersCreated", 0);
     setProperty("entered", QStringList());
     qRegisterMetaType<hfmbase::TopWidCreator>("TopWidCreator");
     qRegisterMetaType<hfmbase::TopWidShowFunc>("TopWidShowFunc");
-    qRegisterMetaType<hfmbase::SidebarMenuCreator>("SidebarMenuCreator");
-    qRegisterMetaType<hfmbase::FindMeCallback>("FindMeCallback");
 
     hfmbase::UrlRoute::regScheme(QStringLiteral("hosttest"), QStringLiteral("/"),
         QIcon::fromTheme(QStringLiteral("folder-remote")), true, QStringLiteral("Test Place"));
@@ -69,7 +46,6 @@ void HostTestPlugin::initialize()
     hfmbase::DirIteratorFactory::regClass<TestDirIterator>(QStringLiteral("hosttest"));
     hfmbase::WatcherFactory::regClass<TestWatcher>(QStringLiteral("hosttest"));
     hfmbase::ViewFactory::regClass<TestPageView>(QStringLiteral("hosttest-page"));
-    hfmbase::EntryEntityFactory::regClass<TestEntryEntity>(QStringLiteral("hosttest"));
 
     auto *dispatcher = hpf::dispatcher();
     dispatcher->installEventFilter(hfmbase::kChangeCurrentUrl, this, &HostTestPlugin::filterChangeUrl);
@@ -89,12 +65,6 @@ bool HostTestPlugin::start()
               .toBool();
     setProperty("sidebarItemBeforeStart", present);
     whenStarted(QStringLiteral("hfmplugin-workspace"), [this] { registerWithWorkspace(); });
-    whenStarted(QStringLiteral("hfmplugin-computer"), [this] { registerWithComputer(); });
-    whenStarted(QStringLiteral("hfmplugin-sidebar"), [this] { registerWithSidebar(); });
-    whenStarted(QStringLiteral("hfmplugin-emblem"), [this] {
-        hpf::sequence()->follow(
-            kEmblem, QStringLiteral("hook_CustomEmblems_Fetch"), this, &HostTestPlugin::hookEmblems);
-    });
     whenStarted(QStringLiteral("hfmplugin-titlebar"), [] {
         const QVariantMap hidden {{QStringLiteral("Property_Key_HideIconViewBtn"), true},
             {QStringLiteral("Property_Key_HideListViewBtn"), true},
@@ -139,53 +109,19 @@ void HostTestPlugin::registerWithWorkspace()
     channel->push(kWorkspace, QStringLiteral("slot_RegisterCustomTopWidget"), top);
     channel->push(kWorkspace, QStringLiteral("slot_RegisterFileView"), QStringLiteral("hosttest"));
     channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestFileMenu"),
-        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator<FileScene>));
+        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator));
     channel->push(kWorkspace, QStringLiteral("slot_RegisterMenuScene"), QStringLiteral("hosttest"),
         QStringLiteral("HostTestFileMenu"));
-    hpf::sequence()->follow(kWorkspace, QStringLiteral("hook_Tab_SetTabName"), this, &HostTestPlugin::hookTabName);
-}
-
-void HostTestPlugin::registerWithComputer()
-{
-    auto *channel = hpf::channel();
-    channel->push(kComputer, QStringLiteral("slot_Item_Add"), QStringLiteral("Test Group"), kEntry, 1, false);
-    channel->push(kMenu, QStringLiteral("slot_MenuScene_RegisterScene"), QStringLiteral("HostTestEntryMenu"),
-        static_cast<hfmbase::AbstractSceneCreator *>(new SceneCreator<EntryScene>));
-    channel->push(kMenu, QStringLiteral("slot_MenuScene_Bind"), QStringLiteral("HostTestEntryMenu"),
-        QStringLiteral("ComputerMenu"));
-}
-
-void HostTestPlugin::registerWithSidebar()
-{
-    QVariantMap properties;
-    properties.insert(QStringLiteral("Property_Key_QtItemFlags"),
-        QVariant::fromValue(Qt::ItemFlags(Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemIsEnabled)));
-    properties.insert(QStringLiteral("Property_Key_Icon"), QIcon::fromTheme(QStringLiteral("folder-remote")));
-    properties.insert(QStringLiteral("Property_Key_CallbackContextMenu"),
-        QVariant::fromValue(hfmbase::SidebarMenuCreator([](quint64, const QUrl &, const QPoint &pos) {
-            QMenu menu;
-            addAction(&menu, QStringLiteral("hosttest-sidebar-action"), QStringLiteral("Sidebar action"));
-            if (menu.exec(pos))
-                showDialog(QStringLiteral("Sidebar action"), QStringLiteral("triggered"));
-        })));
-    properties.insert(QStringLiteral("Property_Key_CallbackFindMe"),
-        QVariant::fromValue(hfmbase::FindMeCallback([](const QUrl &, const QUrl &target) {
-            return target.scheme() == QLatin1String("hosttest") && target.path() == QLatin1String("/");
-        })));
-    hpf::channel()->push(kSidebar, QStringLiteral("slot_Item_Update"), kRoot, properties);
 }
 
 bool HostTestPlugin::filter(const QUrl &url, const std::function<void(const QUrl &)> &republish)
 {
-    if (url.path().contains(QLatin1String("forbidden"))) {
-        setProperty("vetoed", property("vetoed").toInt() + 1);
+    if (url.path().contains(QLatin1String("forbidden")))
         return true;
-    }
     if (url.scheme() != QLatin1String("hosttest-redirect"))
         return false;
     QUrl target(url);
     target.setScheme(QStringLiteral("hosttest"));
-    setProperty("redirected", property("redirected").toInt() + 1);
     republish(target);
     return true;
 }
@@ -221,34 +157,11 @@ void HostTestPlugin::onEntered(quint64, const QUrl &url)
     setProperty("entered", property("entered").toStringList() << url.toString());
 }
 
-bool HostTestPlugin::hookTabName(const QUrl &url, QString *name)
-{
-    if (url.scheme() != QLatin1String("hosttest") || url.path() != QLatin1String("/") || !name)
-        return false;
-    *name = QStringLiteral("Test Root");
-    return true;
-}
-
-bool HostTestPlugin::hookEmblems(const QUrl &url, QList<QIcon> *emblems)
-{
-    if (!emblems || url.scheme() != QLatin1String("hosttest"))
-        return false;
-    if (!url.fileName().contains(QLatin1String("marked")))
-        return false;
-    emblems->append(QIcon::fromTheme(QStringLiteral("emblem-important")));
-    if (url.fileName().contains(QLatin1String("twice")))
-        emblems->append(QIcon::fromTheme(QStringLiteral("emblem-default")));
-    return true;
-}
-
 TestBanner::TestBanner(int number) : text(new QLabel(this))
 {
     setProperty("iconName", QStringLiteral("dialog-information"));
-    auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(10, 4, 10, 4);
     text->setText(QStringLiteral("Test banner #%1 <a href=\"refresh\">Refresh</a>").arg(number));
-    layout->addWidget(text, 1);
-    setStyleSheet(QStringLiteral("background: #e8f0fe;"));
+    (new QHBoxLayout(this))->addWidget(text);
     connect(text, &QLabel::linkActivated, this, [this, number](const QString &link) {
         text->setText(QStringLiteral("Test banner #%1 %2 done").arg(number).arg(link));
     });
@@ -260,31 +173,8 @@ TestPageView::TestPageView(const QUrl &url, QWidget *parent) : QWidget(parent), 
     label->setText(QStringLiteral("Welcome to the test page"));
     auto *button = new QPushButton(QStringLiteral("Press me"), this);
     connect(button, &QPushButton::clicked, this, [this] { label->setText(QStringLiteral("Pressed")); });
-    layout->addStretch(1);
-    layout->addWidget(label, 0, Qt::AlignCenter);
-    layout->addWidget(button, 0, Qt::AlignCenter);
-    layout->addStretch(1);
-}
-
-bool EntryScene::initialize(const QVariantHash &params)
-{
-    const QList<QUrl> selected = params.value(QStringLiteral("selectFiles")).value<QList<QUrl>>();
-    return selected.contains(kEntry);
-}
-
-bool EntryScene::create(QMenu *parent)
-{
-    predicateAction.insert(QStringLiteral("hosttest-hello"),
-        addAction(parent, QStringLiteral("hosttest-hello"), QStringLiteral("Say hello")));
-    return AbstractMenuScene::create(parent);
-}
-
-bool EntryScene::triggered(QAction *action)
-{
-    if (action->property(hfmbase::ActionPropertyKey::kActionID).toString() != QLatin1String("hosttest-hello"))
-        return AbstractMenuScene::triggered(action);
-    showDialog(QStringLiteral("Hello"), QStringLiteral("from the test entry"));
-    return true;
+    layout->addWidget(label);
+    layout->addWidget(button);
 }
 
 bool FileScene::initialize(const QVariantHash &params)
@@ -301,9 +191,11 @@ bool FileScene::initialize(const QVariantHash &params)
 bool FileScene::create(QMenu *parent)
 {
     AbstractMenuScene::create(parent);
-    if (!selected.isEmpty())
-        predicateAction.insert(QStringLiteral("hosttest-info"),
-            addAction(parent, QStringLiteral("hosttest-info"), QStringLiteral("Test info")));
+    if (!selected.isEmpty()) {
+        QAction *action = parent->addAction(QStringLiteral("Test info"));
+        action->setProperty(hfmbase::ActionPropertyKey::kActionID, QStringLiteral("hosttest-info"));
+        predicateAction.insert(QStringLiteral("hosttest-info"), action);
+    }
     return true;
 }
 
@@ -314,7 +206,11 @@ bool FileScene::triggered(QAction *action)
     QStringList names;
     for (const QUrl &url : qAsConst(selected))
         names.append(url.toString());
-    showDialog(QStringLiteral("Test info"), names.join(QLatin1Char(' ')));
+    htk::MessageDialog dialog;
+    dialog.setTitle(QStringLiteral("Test info"));
+    dialog.setMessage(names.join(QLatin1Char(' ')));
+    dialog.addButton(QStringLiteral("Close"), true);
+    dialog.exec();
     return true;
 }
 

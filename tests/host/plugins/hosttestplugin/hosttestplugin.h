@@ -2,7 +2,6 @@
 #pragma once
 
 #include <hfmbase/abstractbaseview.h>
-#include <hfmbase/abstractentryfileentity.h>
 #include <hfmbase/abstractmenuscene.h>
 #include <hpf/plugin.h>
 
@@ -14,14 +13,13 @@
 namespace hosttest {
 
 // A plug-in for the host's tests. It uses only the public SDK, as a real
-// plug-in does: a "hosttest" scheme shown in the file view, a top widget, an
-// emblem, a tab name, a computer entry with its own menu, a sidebar item
-// from its metadata, a file menu, title-bar settings for "hosttest-page"
-// (a custom view) and navigation filters:
+// plug-in does: a "hosttest" scheme shown in the file view, a top widget, a
+// sidebar item from its metadata, a file menu, title-bar settings for
+// "hosttest-page" (a custom view) and navigation filters:
 //   a URL whose path contains "forbidden" is vetoed (events 1, 2, 3);
 //   "hosttest-redirect:///x" is redirected to "hosttest:///x".
 // What it saw is kept in dynamic properties: "sidebarItemBeforeStart",
-// "vetoed", "redirected", "entered", "bannersCreated".
+// "entered", "bannersCreated", "newWindowCalls".
 class HostTestPlugin : public hpf::Plugin
 {
     Q_OBJECT
@@ -37,16 +35,12 @@ public:
     bool filterNewWindow2(const QUrl &url, bool flag);
     bool filterNewTab(quint64 windowId, const QUrl &url);
     void onEntered(quint64 windowId, const QUrl &url);
-    bool hookTabName(const QUrl &url, QString *name);
-    bool hookEmblems(const QUrl &url, QList<QIcon> *emblems);
 
 private:
     void whenStarted(const QString &plugin, std::function<void()> func);
     // Vetoes or redirects `url` (see above); `republish` sends the redirected one.
     bool filter(const QUrl &url, const std::function<void(const QUrl &)> &republish);
     void registerWithWorkspace();
-    void registerWithComputer();
-    void registerWithSidebar();
 };
 
 // The strip above the file view of "hosttest": "Test banner #N" and a link.
@@ -77,36 +71,8 @@ private:
     QLabel *label;
 };
 
-class TestEntryEntity : public hfmbase::AbstractEntryFileEntity
-{
-    Q_OBJECT
-public:
-    explicit TestEntryEntity(const QUrl &url) : AbstractEntryFileEntity(url) { }
-    QString displayName() const override { return QStringLiteral("Test Drive"); }
-    QIcon icon() const override { return QIcon::fromTheme(QStringLiteral("folder-remote")); }
-    bool exists() const override { return true; }
-    bool showProgress() const override { return true; }
-    bool showTotalSize() const override { return true; }
-    bool showUsageSize() const override { return true; }
-    int order() const override { return 3; }
-    qint64 sizeTotal() const override { return 4096; }
-    qint64 sizeUsage() const override { return 1024; }
-    QString description() const override { return QStringLiteral("A place for tests"); }
-    QUrl targetUrl() const override { return QUrl(QStringLiteral("hosttest:///")); }
-};
-
-// Bound under "ComputerMenu": one action, "hosttest-hello", that shows a dialog.
-class EntryScene : public hfmbase::AbstractMenuScene
-{
-    Q_OBJECT
-public:
-    QString name() const override { return QStringLiteral("HostTestEntryMenu"); }
-    bool initialize(const QVariantHash &params) override;
-    bool create(QMenu *parent) override;
-    bool triggered(QAction *action) override;
-};
-
-// The file menu of "hosttest": the host's "WorkspaceMenu" plus "hosttest-info".
+// The file menu of "hosttest": the host's "WorkspaceMenu" plus "hosttest-info",
+// which shows a dialog naming the selected items.
 class FileScene : public hfmbase::AbstractMenuScene
 {
     Q_OBJECT
@@ -120,10 +86,10 @@ private:
     QList<QUrl> selected;
 };
 
-template <class Scene> class SceneCreator : public hfmbase::AbstractSceneCreator
+class SceneCreator : public hfmbase::AbstractSceneCreator
 {
 public:
-    hfmbase::AbstractMenuScene *create() override { return new Scene; }
+    hfmbase::AbstractMenuScene *create() override { return new FileScene; }
 };
 
 }   // namespace hosttest

@@ -1,19 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The simulator seen from a raw plug-in socket: its answers and notifications, and the sync
-// engine it runs over a real folder.
+// The simulator seen from a raw plug-in socket: its answers and notifications, the sync
+// engine it runs over a real folder, its small parts on their own, and the kelodrive-sim
+// program as the plug-in and the demo meet it.
+#include "commandline.h"
+#include "framereader.h"
+#include "portfile.h"
 #include "rawclient.h"
+#include "syncengine.h"
 
 #include <kelodrivesim/simulator.h>
 
-#include <QDir>
-#include <QFile>
-#include <QJsonArray>
 #include <QLoggingCategory>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
-using kelodrive::Simulator;
+#include <csignal>
+
+using namespace kelodrive;
+using Bytes = QList<QByteArray>;
 
 namespace {
 constexpr int kPaceMs = 15;
@@ -23,6 +28,46 @@ QJsonObject statusArgs(const QString &basedir, const QString &type = u"dir"_s)
 {
     return {{u"basedir"_s, basedir}, {u"type"_s, type}};
 }
+
+// The kelodrive-sim program in a home of its own; its output is kept, and shown if the test fails.
+struct SimProcess
+{
+    SimProcess()
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(u"HOME"_s, home.path());
+        process.setProcessEnvironment(env);
+        process.setWorkingDirectory(home.path());
+        QObject::connect(
+            &process, &QProcess::readyReadStandardOutput, [this] { out += process.readAllStandardOutput(); });
+        QObject::connect(
+            &process, &QProcess::readyReadStandardError, [this] { err += process.readAllStandardError(); });
+    }
+    ~SimProcess()
+    {
+        if (QTest::currentTestFailed())
+            qWarning().noquote() << "simulator output:" << err;
+        process.kill();
+        process.waitForFinished();
+    }
+    QString portFile() const { return home.path() + u"/.config/kelodrive/App Data/ipc"_s; }
+    quint16 portInFile() const { return quint16(readFile(portFile()).trimmed().toUInt()); }
+    // Starts the program (or a link to it) and waits for its port file; 0 when none comes.
+    quint16 launch(const QStringList &args = {}, const QString &program = QString::fromUtf8(KELODRIVE_SIM_EXE))
+    {
+        process.start(program, args);
+        quint16 port = 0;
+        const auto written = [&] { return (port = portInFile()) != 0 || process.state() != QProcess::Running; };
+        return process.waitForStarted() && QTest::qWaitFor(written, 10000) ? port : 0;
+    }
+    // Whether it has ended by now or does within 10 s (it may have ended during an earlier wait).
+    bool ended() { return process.state() == QProcess::NotRunning || process.waitForFinished(10000); }
+
+    QTemporaryDir home;
+    QProcess process;
+    QByteArray out;
+    QByteArray err;
+};
 }   // namespace
 
 class SimulatorTest : public QObject
@@ -49,20 +94,34 @@ private Q_SLOTS:
     void commandsRejectBadInput_data();
     void commandsRejectBadInput();
     void burstSendsEveryNotification();
-    void malformedFramesReachThePeer();
 
     void newFileGoesThroughStatuses_data();
     void newFileGoesThroughStatuses();
-    void changedFileSyncsAgain();
     void blockedStateHoldsProgress_data();
     void blockedStateHoldsProgress();
     void bannedFolderIsNeverSyncedUntilUnbanned();
-    void downloadWritesTempThenRenames();
     void failingDownloadLeavesNoFile();
     void folderShowsBusiestChild();
     void lostRootIsReported();
     void listingEscapesNames_data();
     void listingEscapesNames();
+
+    void framesAcrossChunks_data();
+    void framesAcrossChunks();
+    void overflowDropsPendingBytes();
+    void commandLines_data();
+    void commandLines();
+    void cloudPaths_data();
+    void cloudPaths();
+    void portFileRoundTrip();
+
+    void servesAndCleansUp_data();
+    void servesAndCleansUp();
+    void restartRewritesPortFile();
+    void scriptDrivesTheSimulator();
+    void reportsBadCommands();
+    void refusesBadOptions_data();
+    void refusesBadOptions();
 
 private:
     QString local(const QString &cloudPath) const { return m_root + cloudPath; }
@@ -345,18 +404,12 @@ void SimulatorTest::stopListeningRefusesThenAccepts()
     QVERIFY(later.connectTo(port));
 }
 
+// A second instance took the file over: stopping the first leaves it alone.
 void SimulatorTest::stopRemovesOnlyItsOwnPortFile()
 {
     const QString path = m_sim->portFilePath();
-    QVERIFY(QFile::exists(path));
-    m_sim->stop();
-    QVERIFY(!QFile::exists(path));
-    QCOMPARE(m_sim->connectionCount(), 0);
-
-    // A second instance took the file over: stopping the first leaves it alone.
     Simulator other;
     other.setPortFilePath(path);
-    QVERIFY(m_sim->start());
     QVERIFY(other.start());
     m_sim->stop();
     QCOMPARE(readFile(path), QByteArray::number(other.port()) + '\n');
@@ -367,14 +420,10 @@ void SimulatorTest::commandsRejectBadInput_data()
     QTest::addColumn<QString>("command");
     QTest::addColumn<bool>("accepted");
 
-    QTest::newRow("blank") << u"   "_s << true;
-    QTest::newRow("unknown word") << u"explode"_s << false;
     QTest::newRow("switch with a bad word") << u"local-space maybe"_s << false;
-    QTest::newRow("pace not a number") << u"pace fast"_s << false;
     QTest::newRow("burst too many arguments") << u"burst 1 syncQuantity extra"_s << false;
     QTest::newRow("notify with broken JSON") << u"notify syncErrors {\"isPaused\":"_s << false;
     QTest::newRow("notify with an object") << u"notify syncErrors {\"isPaused\": true}"_s << true;
-    QTest::newRow("unterminated quote") << u"burst \"3"_s << false;
     QTest::newRow("download outside the root") << u"download /../x"_s << false;
     QTest::newRow("storage with two numbers") << u"storage 1 2"_s << false;
     QTest::newRow("storage") << u"storage 1 2 3 4 -3"_s << true;
@@ -403,37 +452,29 @@ void SimulatorTest::burstSendsEveryNotification()
     QCOMPARE(m_client->unparsable, 0);
 }
 
-void SimulatorTest::malformedFramesReachThePeer()
-{
-    m_sim->sendMalformedFrames();
-    m_sim->notify(u"syncInited"_s, true);   // a good frame after them still arrives whole
-    QVERIFY(m_client->waitForNotification(u"syncInited"_s, [](const QJsonValue &v) { return v.isBool(); }).toBool());
-    QVERIFY(m_client->unparsable >= 4);
-}
-
 // --- The sync engine --------------------------------------------------------------------------
 
 void SimulatorTest::newFileGoesThroughStatuses_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QList<int>>("statuses");
-    QTest::addColumn<int>("planError");
 
-    QTest::newRow("plain file") << u"/new.txt"_s << QList<int> {1, 2, 3} << 0;
-    QTest::newRow("file in a new folder") << u"/fresh/deeper/new.txt"_s << QList<int> {1, 2, 3} << 0;
-    QTest::newRow("failing file") << u"/broken.bad"_s << QList<int> {1, 2, 10} << 1;
+    QTest::newRow("plain file") << u"/new.txt"_s << QList<int> {1, 2, 3};
+    QTest::newRow("file in a new folder") << u"/fresh/deeper/new.txt"_s << QList<int> {1, 2, 3};
+    QTest::newRow("failing file") << u"/broken.bad"_s << QList<int> {1, 2, 10};
+    QTest::newRow("changed file") << u"/a.txt"_s << QList<int> {1, 2, 3};
 }
 
 void SimulatorTest::newFileGoesThroughStatuses()
 {
     QFETCH(QString, path);
     QFETCH(QList<int>, statuses);
-    QFETCH(int, planError);
 
-    QVERIFY(writeFile(local(path), "content"));
+    QVERIFY(writeFile(local(path), "content, and longer than before"));
+    m_sim->rescan();   // a change in place is seen by a scan only
     QTRY_COMPARE(m_client->lastStatus(path), statuses.last());
     QCOMPARE(m_client->statusesOf(path), statuses);
-    QVERIFY(!m_client->statusesOf(u"/a.txt"_s).size());   // present from the start: already synced
+    QVERIFY(m_client->statusesOf(u"/docs/inner.txt"_s).isEmpty());   // present from the start: already synced
 
     const bool failed = statuses.last() == 10;
     const QJsonValue quantity = m_client->waitForNotification(u"syncQuantity"_s, [&](const QJsonValue &v) {
@@ -448,16 +489,7 @@ void SimulatorTest::newFileGoesThroughStatuses()
         = follow(m_client->call(u"getFileStatus"_s, statusArgs(path, u"file"_s)), u"0"_s).toObject();
     QCOMPARE(entry.value(u"path").toString(), path);
     QCOMPARE(entry.value(u"plan_status").toInt(), statuses.last());
-    QCOMPARE(entry.value(u"plan_error").toInt(), planError);
-}
-
-void SimulatorTest::changedFileSyncsAgain()
-{
-    QVERIFY(writeFile(local(u"/a.txt"_s), "changed, and longer than before"));
-    m_sim->rescan();
-    QTRY_COMPARE(m_client->lastStatus(u"/a.txt"_s), 3);
-    QCOMPARE(m_client->statusesOf(u"/a.txt"_s), (QList<int> {1, 2, 3}));
-
+    QCOMPARE(entry.value(u"plan_error").toInt(), failed ? 1 : 0);
     // Once synced, a rescan without a change queues nothing.
     m_sim->rescan();
     QCOMPARE(m_sim->counts().todo, 0);
@@ -470,7 +502,6 @@ void SimulatorTest::blockedStateHoldsProgress_data()
 
     QTest::newRow("paused") << u"pause"_s << u"resume"_s;
     QTest::newRow("offline") << u"offline"_s << u"online"_s;
-    QTest::newRow("paused, resumed by the plug-in") << u"pause"_s << QString();
 }
 
 void SimulatorTest::blockedStateHoldsProgress()
@@ -486,10 +517,7 @@ void SimulatorTest::blockedStateHoldsProgress()
     QVERIFY(!QTest::qWaitFor([&] { return m_client->lastStatus(u"/held.txt"_s) != 1; }, 20 * kPaceMs));
     QCOMPARE(m_sim->counts().todo, 1);
 
-    if (unblock.isEmpty())
-        m_client->request(u"setSyncResume"_s);
-    else
-        QVERIFY(m_sim->execute(unblock));
+    QVERIFY(m_sim->execute(unblock));
     QTRY_COMPARE(m_client->lastStatus(u"/held.txt"_s), 3);
     QCOMPARE(m_client->statusesOf(u"/held.txt"_s), (QList<int> {1, 2, 3}));
 }
@@ -516,37 +544,6 @@ void SimulatorTest::bannedFolderIsNeverSyncedUntilUnbanned()
     QVERIFY(m_sim->execute(u"unban /private"_s));
     QVERIFY(m_sim->banDirs().isEmpty());
     QTRY_COMPARE(m_client->lastStatus(u"/private/secret.txt"_s), 3);
-}
-
-void SimulatorTest::downloadWritesTempThenRenames()
-{
-    const QString target = local(u"/incoming/report.pdf"_s);
-    const QString temp = target + u".temp"_s;
-    QSignalSpy finished(m_sim.get(), &Simulator::downloadFinished);
-    m_sim->setPaceMs(40);
-    QVERIFY(m_sim->execute(u"download /incoming/report.pdf 4000 4"_s));
-
-    // Part of the file exists under the temporary name before the real one does.
-    QVERIFY(QTest::qWaitFor([&] {
-        const QFileInfo info(temp);
-        return info.exists() && info.size() > 0 && info.size() < 4000;
-    }));
-    QVERIFY(!QFile::exists(target));
-    const QJsonArray listing = m_client->call(u"getFileStatus"_s, statusArgs(u"/incoming"_s)).toArray();
-    QCOMPARE(listing.size(), 1);
-    QCOMPARE(follow(listing, u"0.path"_s).toString(), u"/incoming/report.pdf.temp"_s);
-    QCOMPARE(follow(listing, u"0.plan"_s).toString(), u"download"_s);
-    QCOMPARE(follow(listing, u"0.plan_status"_s).toInt(), 2);
-
-    QTRY_COMPARE(finished.count(), 1);
-    QCOMPARE(finished.first().at(0).toString(), u"/incoming/report.pdf"_s);
-    QCOMPARE(QFileInfo(target).size(), 4000);
-    QVERIFY(!QFile::exists(temp));
-    // The last notification may still be on its way when the signal comes.
-    QTRY_COMPARE(m_client->statusesOf(u"/incoming/report.pdf"_s), (QList<int> {1, 2, 3}));
-    // The downloaded file is in sync: it is not sent back up.
-    m_sim->rescan();
-    QCOMPARE(m_sim->counts().todo, 0);
 }
 
 void SimulatorTest::failingDownloadLeavesNoFile()
@@ -630,6 +627,262 @@ void SimulatorTest::listingEscapesNames()
     paths.sort();
     expected.sort();
     QCOMPARE(paths, expected);
+}
+
+// --- Parts on their own ---------------------------------------------------------------------
+
+void SimulatorTest::framesAcrossChunks_data()
+{
+    QTest::addColumn<Bytes>("chunks");
+    QTest::addColumn<Bytes>("frames");
+    QTest::addColumn<int>("pending");
+
+    QTest::newRow("two frames in one chunk") << Bytes {"a\fb\f"} << Bytes {"a", "b"} << 0;
+    QTest::newRow("frame split over three chunks") << Bytes {"ab", "cd", "e\f"} << Bytes {"abcde"} << 0;
+    QTest::newRow("empty frames kept") << Bytes {"\f\f"} << Bytes {"", ""} << 0;
+    QTest::newRow("tail waits for its delimiter") << Bytes {"a\fbc"} << Bytes {"a"} << 2;
+    QTest::newRow("multi-byte character split") << Bytes {"\xc3", "\xa9\f"} << Bytes {"\xc3\xa9"} << 0;
+}
+
+void SimulatorTest::framesAcrossChunks()
+{
+    QFETCH(Bytes, chunks);
+    QFETCH(Bytes, frames);
+    QFETCH(int, pending);
+
+    FrameReader reader;
+    Bytes got;
+    for (const QByteArray &chunk : qAsConst(chunks))
+        got += reader.feed(chunk);
+    QCOMPARE(got, frames);
+    QCOMPARE(reader.pendingBytes(), pending);
+    QCOMPARE(FrameReader::frame("x"), QByteArray("x\x0c"));
+}
+
+void SimulatorTest::overflowDropsPendingBytes()
+{
+    FrameReader reader;
+    bool overflowed = false;
+    const QByteArray big(FrameReader::kMaxPending / 2 + 1, 'a');
+    QVERIFY(reader.feed(big, &overflowed).isEmpty());
+    QVERIFY(!overflowed);
+    QVERIFY(reader.feed(big, &overflowed).isEmpty());
+    QVERIFY(overflowed);
+    QCOMPARE(reader.pendingBytes(), 0);
+    // The stream goes on with the next frame.
+    QCOMPARE(reader.feed("ok\x0c"), QList<QByteArray> {"ok"});
+}
+
+void SimulatorTest::commandLines_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<QString>("word");
+    QTest::addColumn<QStringList>("args");
+
+    QTest::newRow("blank") << u"  "_s << true << QString() << QStringList();
+    QTest::newRow("comment") << u"# pause"_s << true << QString() << QStringList();
+    QTest::newRow("extra spaces") << u"  burst   10   syncErrors "_s << true << u"burst"_s
+                                  << QStringList {u"10"_s, u"syncErrors"_s};
+    QTest::newRow("quoted argument") << u"download \"/My Files/a b.txt\" 100"_s << true << u"download"_s
+                                     << QStringList {u"/My Files/a b.txt"_s, u"100"_s};
+    QTest::newRow("empty quotes") << u"burst \"\""_s << true << u"burst"_s << QStringList {QString()};
+    QTest::newRow("unterminated quote") << u"download \"/a"_s << false << u"download"_s << QStringList();
+    QTest::newRow("path takes the rest") << u"root ~/Kelo Drive"_s << true << u"root"_s
+                                         << QStringList {u"~/Kelo Drive"_s};
+    QTest::newRow("notify keeps JSON whole")
+        << u"notify syncErrors {\"isPaused\": true, \"isOnline\": false}"_s << true << u"notify"_s
+        << QStringList {u"syncErrors"_s, u"{\"isPaused\": true, \"isOnline\": false}"_s};
+}
+
+void SimulatorTest::commandLines()
+{
+    QFETCH(QString, line);
+    QFETCH(bool, ok);
+    QFETCH(QString, word);
+    QFETCH(QStringList, args);
+
+    const CommandLine cmd = CommandLine::parse(line);
+    QCOMPARE(cmd.ok, ok);
+    QCOMPARE(cmd.error.isEmpty(), ok);
+    QCOMPARE(cmd.word, word);
+    QCOMPARE(cmd.args, args);
+}
+
+void SimulatorTest::cloudPaths_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<QString>("normalized");
+
+    QTest::newRow("root") << u"/"_s << true << u"/"_s;
+    QTest::newRow("trailing slash") << u"/a/"_s << true << u"/a"_s;
+    QTest::newRow("dots inside") << u"/a/./b/../c"_s << true << u"/a/c"_s;
+    QTest::newRow("double slash") << u"//a//b"_s << true << u"/a/b"_s;
+    QTest::newRow("relative") << u"a/b"_s << false << QString();
+    QTest::newRow("leaves the root") << u"/../etc/passwd"_s << false << QString();
+    QTest::newRow("leaves the root later") << u"/a/../../b"_s << false << QString();
+    QTest::newRow("dots in a name") << u"/a..b/..c"_s << true << u"/a..b/..c"_s;
+}
+
+void SimulatorTest::cloudPaths()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, ok);
+    QFETCH(QString, normalized);
+
+    bool valid = !ok;
+    const QString result = SyncEngine::normalizeCloudPath(path, &valid);
+    QCOMPARE(valid, ok);
+    if (ok)
+        QCOMPARE(result, normalized);
+}
+
+void SimulatorTest::portFileRoundTrip()
+{
+    const QString path = m_dir->path() + u"/deep/App Data/ipc"_s;
+    QVERIFY(portfile::write(path, 4242));
+    QCOMPARE(readFile(path), QByteArray("4242\n"));
+    QCOMPARE(portfile::read(path), quint16(4242));
+    // No temporary file is left beside it.
+    QCOMPARE(QDir(m_dir->path() + u"/deep/App Data"_s).entryList(QDir::Files), QStringList {u"ipc"_s});
+    QVERIFY(!portfile::removeIfOurs(path, 5353));
+    QVERIFY(portfile::removeIfOurs(path, 4242));
+    QVERIFY(portfile::removeIfOurs(path, 4242));   // already gone is fine
+    QCOMPARE(portfile::read(path), quint16(0));
+}
+
+// --- The program -----------------------------------------------------------------------------
+
+void SimulatorTest::servesAndCleansUp_data()
+{
+    QTest::addColumn<bool>("throughLink");
+    QTest::addColumn<bool>("bySignal");
+
+    QTest::newRow("direct, quit on standard input") << false << false;
+    QTest::newRow("through a link, terminated") << true << true;
+}
+
+void SimulatorTest::servesAndCleansUp()
+{
+    SimProcess p;
+    QFETCH(bool, throughLink);
+    QFETCH(bool, bySignal);
+
+    QString program = QString::fromUtf8(KELODRIVE_SIM_EXE);
+    if (throughLink) {
+        // The same layout as the client's install path, under a temporary folder.
+        const QString link = p.home.path() + u"/opt/apps/com.kelo.drive/files/kelodrive"_s;
+        QVERIFY(QDir().mkpath(QFileInfo(link).absolutePath()));
+        QVERIFY(QFile::link(program, link));
+        program = link;
+    }
+    const quint16 port = p.launch({u"--pace-ms"_s, u"10"_s}, program);
+    QVERIFY(port != 0);
+
+    RawClient client;
+    QVERIFY(client.connectTo(port));
+    const QJsonObject result = client.call(u"getSyncInfo"_s).toObject();
+    QCOMPARE(result.value(u"syncRoot").toString(), p.home.path() + u"/Kelo Drive"_s);
+    QVERIFY(result.value(u"syncInited").toBool());
+    QVERIFY(QFileInfo(p.home.path() + u"/Kelo Drive"_s).isDir());
+
+    // It asked for the plug-in's version; answer as the plug-in does and see it logged.
+    QTRY_VERIFY(!client.envelopes.isEmpty());
+    const QJsonObject question = client.envelopes.first().value(u"data").toObject();
+    QCOMPARE(question.value(u"method").toString(), u"getPluginInfo"_s);
+    client.reply(question, {{u"version"_s, u"1.0.7"_s}});
+    QTRY_VERIFY(p.err.contains("runs plug-in version 1.0.7"));
+
+    if (bySignal)
+        ::kill(pid_t(p.process.processId()), SIGTERM);
+    else
+        p.process.write("quit\n");
+    QVERIFY(p.ended());
+    QCOMPARE(p.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(p.process.exitCode(), 0);
+    QVERIFY(!QFile::exists(p.portFile()));
+    QVERIFY(client.waitForDisconnected());
+}
+
+void SimulatorTest::restartRewritesPortFile()
+{
+    SimProcess p;
+    const quint16 port = p.launch({u"--no-root"_s});
+    QVERIFY(port != 0);
+    RawClient client;
+    QVERIFY(client.connectTo(port));
+    p.process.write("restart\n");
+    QVERIFY(client.waitForDisconnected());
+    quint16 moved = 0;
+    QTRY_VERIFY((moved = p.portInFile()) != 0 && moved != port);
+    QCOMPARE(readFile(p.portFile()), QByteArray::number(moved) + '\n');
+    RawClient again;
+    QVERIFY(again.connectTo(moved));
+    QCOMPARE(follow(again.call(u"getSyncInfo"_s), u"syncInited"_s).toBool(true), false);
+    p.process.write("quit\n");
+    QVERIFY(p.ended());
+    QVERIFY(!QFile::exists(p.portFile()));
+}
+
+void SimulatorTest::scriptDrivesTheSimulator()
+{
+    SimProcess p;
+    const QString script = p.home.path() + u"/faults.txt"_s;
+    QVERIFY(writeFile(script,
+        "# waits for the plug-in, then shows a few states\n"
+        "wait-peer\n"
+        "offline\n"
+        "sleep 20\n"
+        "notify syncRoot \"/from/script\"\n"
+        "enterprise\n"
+        "quit\n"));
+    const quint16 port = p.launch({u"--script"_s, script, u"--no-plugin-info"_s});
+    QVERIFY(port != 0);
+    // Nothing happens before a peer connects.
+    QCOMPARE(p.process.state(), QProcess::Running);
+    RawClient client;
+    QVERIFY(client.connectTo(port));
+    QCOMPARE(client.waitForNotification(u"syncErrors"_s).toObject().value(u"isOnline").toBool(true), false);
+    QCOMPARE(client.waitForNotification(u"syncRoot"_s).toString(), u"/from/script"_s);
+    QVERIFY(p.ended());
+    QCOMPARE(p.process.exitCode(), 0);
+    QVERIFY(!QFile::exists(p.portFile()));
+}
+
+void SimulatorTest::reportsBadCommands()
+{
+    SimProcess p;
+    QVERIFY(p.launch() != 0);
+    p.process.write("explode\npace soon\nstatus\n");
+    QTRY_VERIFY(p.out.contains("status {"));
+    QTRY_VERIFY(p.err.contains("stdin:2: wrong arguments for \"pace\""));
+    QVERIFY(p.err.contains("stdin:1: unknown command \"explode\""));
+    QCOMPARE(p.process.state(), QProcess::Running);
+    p.process.closeWriteChannel();   // end of input is not a reason to stop
+    p.process.terminate();
+    QVERIFY(p.ended());
+    QCOMPARE(p.process.exitCode(), 0);
+}
+
+void SimulatorTest::refusesBadOptions_data()
+{
+    QTest::addColumn<QStringList>("args");
+
+    QTest::newRow("port too large") << QStringList {u"--port"_s, u"70000"_s};
+    QTest::newRow("missing script") << QStringList {u"--script"_s, u"/nonexistent/script"_s};
+    QTest::newRow("unknown option") << QStringList {u"--frobnicate"_s};
+}
+
+void SimulatorTest::refusesBadOptions()
+{
+    SimProcess p;
+    QFETCH(QStringList, args);
+    p.process.start(QString::fromUtf8(KELODRIVE_SIM_EXE), args);
+    QVERIFY(p.ended());
+    QCOMPARE(p.process.exitStatus(), QProcess::NormalExit);
+    QVERIFY(p.process.exitCode() != 0);
+    QVERIFY(!QFile::exists(p.portFile()));
 }
 
 QTEST_GUILESS_MAIN(SimulatorTest)

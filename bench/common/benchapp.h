@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main() of every benchmark program, and the wait on the event loop.
+// What every benchmark program shares: its main(), the wait on the event loop,
+// a temporary folder of files, the ratio printout and the stall watch.
 #pragma once
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QString>
+#include <QTimer>
 
 #include <benchmark/benchmark.h>
 
 #include <functional>
+#include <map>
+#include <thread>
 
 namespace nubixbench {
 
@@ -52,5 +56,78 @@ template <class Done> bool spinUntil(Done done, qint64 timeoutMs = -1)
     }
     return true;
 }
+
+constexpr int kTreeFiles = 10000;
+
+// Writes `count` files file-00000.txt, file-00001.txt, ... into the existing
+// folder `dir`, file i holding i % 97 bytes. False when one cannot be written.
+bool writeFiles(const QString &dir, int count);
+
+// A folder of kTreeFiles such files, made on the first call and removed when
+// the program ends; empty when it could not be made.
+const QString &sharedTree();
+
+// What a file view reads of every listed entry (name, size, modification
+// time), summed so that the reads cannot be optimised away.
+struct ListingTotals
+{
+    qint64 bytes = 0;
+    qint64 newest = 0;
+    int names = 0;
+
+    template <class Info> void add(const Info &info)
+    {
+        names += info.fileName().size();
+        bytes += info.size();
+        newest = qMax(newest, info.lastModified().toMSecsSinceEpoch());
+    }
+};
+
+// After the table, prints each run of `subject` relative to the run of
+// `yardstick` with the same arguments (or to its run without any), using
+// medians when repeated, in wall-clock and in CPU time: on a busy machine
+// the CPU figure is the steadier one.
+class RatioReporter : public benchmark::ConsoleReporter
+{
+public:
+    RatioReporter(std::string subject, std::string yardstick)
+        : m_subject(std::move(subject)), m_yardstick(std::move(yardstick))
+    {
+    }
+    void ReportRuns(const std::vector<Run> &runs) override;
+    void Finalize() override;
+
+private:
+    const std::string m_subject;
+    const std::string m_yardstick;
+    // (function, arguments) -> (wall-clock, CPU) time per iteration.
+    std::map<std::pair<std::string, std::string>, std::pair<double, double>> m_times;
+};
+
+// The longest stall of the calling thread's event loop between start() and
+// stop(), seen by a 1 ms heartbeat timer, over all such spans: wall-clock, and
+// the thread's CPU time in that gap, which a busy machine does not inflate.
+class StallWatch
+{
+public:
+    StallWatch();
+    void start();
+    void stop();
+
+    double maxMs = 0;
+    double maxCpuMs = 0;
+
+private:
+    QTimer m_beat;
+    QElapsedTimer m_sinceBeat;
+    qint64 m_lastCpuNs = 0;
+    qint64 m_longestNs = 0;
+    qint64 m_longestCpuNs = 0;
+};
+
+// Writes all of `bytes` to a socket from a thread of its own, as a client does
+// from its process, waiting whenever the socket is full. The bytes must outlive
+// the thread.
+std::thread sendFromThread(int descriptor, const QByteArray &bytes);
 
 }   // namespace nubixbench

@@ -5,25 +5,15 @@
 // same bytes (counter "x_fromJson"); fileData() among 100,000 entries within
 // 2x a bare QMap::value and under 1 us. The heap per entry is measured by
 // bench_nubix_cacheheap.
-#include "benchapp.h"
 #include "caches/nubixcaches.h"
-#include "ipc/nubixmessagehandler.h"
-#include "ipc/tcpclient.h"
-#include "statusanswer.h"
+#include "nubixbench.h"
 
 #include <hpf/event/event.h>
 
 #include <QJsonDocument>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QUrl>
 
 #include <algorithm>
-#include <cerrno>
-#include <poll.h>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
 using namespace hfmplugin_nubix;
 using nubixbench::cloudPath;
@@ -75,57 +65,12 @@ static void BM_FromJson_FileStatusAnswer(benchmark::State &state)
 }
 BENCHMARK(BM_FromJson_FileStatusAnswer)->Unit(benchmark::kMillisecond);
 
-namespace {
-// The process's handler and cache, connected once to a peer that plays the
-// client; the requests made on connection are left unanswered.
-struct Link
-{
-    Link()
-    {
-        server.listen(QHostAddress::LocalHost);
-        NubixCaches::instance();
-        handler->client()->connectToServer(QStringLiteral("127.0.0.1"), server.serverPort());
-        nubixbench::spinUntil([this] { return server.hasPendingConnections(); });
-        peer = server.nextPendingConnection();
-        nubixbench::spinUntil([this] { return handler->isConnected(); });
-        // The client's side writes from a thread of its own, as the client
-        // does from its process, so that only the plug-in's work is timed.
-        descriptor = ::dup(int(peer->socketDescriptor()));
-    }
-
-    // Starts writing all of the bytes, waiting whenever the socket is full.
-    std::thread send(const QByteArray &bytes) const
-    {
-        return std::thread([this, &bytes] {
-            const char *data = bytes.constData();
-            qint64 left = bytes.size();
-            while (left > 0) {
-                const ssize_t written = ::send(descriptor, data, size_t(left), MSG_NOSIGNAL);
-                if (written > 0) {
-                    data += written;
-                    left -= written;
-                } else if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-                    pollfd fd {descriptor, POLLOUT, 0};
-                    ::poll(&fd, 1, 100);
-                } else {
-                    return;
-                }
-            }
-        });
-    }
-
-    QTcpServer server;
-    NubixMessageHandler *handler = NubixMessageHandler::instance();
-    QTcpSocket *peer = nullptr;
-    int descriptor = -1;
-};
-}   // namespace
-
 // Socket bytes -> frame -> envelope -> parsed list -> cache -> one push per entry.
 static void BM_FileStatusAnswer_SocketToCache(benchmark::State &state)
 {
     listenForRepaints();
-    static Link link;
+    NubixCaches::instance();
+    static nubixbench::ClientPeer link;
     QByteArray frame = fileStatusAnswer(kAnswerEntries);
     const double baselineMs = fromJsonMs(frame);
     frame.append('\x0c');

@@ -5,9 +5,6 @@
 // the same run. Targets: the hook at least 100x faster than the round trips,
 // and under 1 us per item ("ns_per_item").
 #include "benchapp.h"
-#include "benchtree.h"
-#include "ratioreporter.h"
-
 #include "caches/nubixcaches.h"
 #include "events/eventshandler.h"
 #include "ipc/nubixmessagehandler.h"

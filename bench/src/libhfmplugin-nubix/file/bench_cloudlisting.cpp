@@ -4,11 +4,9 @@
 // local iterator and infos, reading name, size and modification time of
 // every entry as a file view does.
 #include "benchapp.h"
-#include "benchtree.h"
 #include "caches/nubixcaches.h"
 #include "file/cloudfileiterator.h"
 #include "file/cloudproxyfileinfo.h"
-#include "ratioreporter.h"
 
 #include <hfmbase/abstractdiriterator.h>
 #include <hfmbase/infofactory.h>

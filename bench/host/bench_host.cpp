@@ -215,18 +215,14 @@ BENCHMARK(listingIntoView)->Unit(benchmark::kMillisecond)->Iterations(5)->UseMan
 // The plug-in side: a status per file name, an icon per status.
 struct EmblemSource : QObject
 {
-    QHash<QString, int> statuses;
-    QIcon icons[2];
-
-    EmblemSource()
+    static QIcon filled(Qt::GlobalColor color)
     {
-        QPixmap green(16, 16);
-        green.fill(Qt::green);
-        QPixmap red(16, 16);
-        red.fill(Qt::red);
-        icons[0] = QIcon(green);
-        icons[1] = QIcon(red);
+        QPixmap pixmap(16, 16);
+        pixmap.fill(color);
+        return QIcon(pixmap);
     }
+    QHash<QString, int> statuses;
+    QIcon icons[2] = {filled(Qt::green), filled(Qt::red)};
     bool fetch(const QUrl &url, QList<QIcon> *emblems)
     {
         const auto it = statuses.constFind(url.fileName());

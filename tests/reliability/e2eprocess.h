@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
-// Real processes for end-to-end tests: the file manager driven by an
-// automation script fed line by line, and the client simulator driven through
-// its standard input. Output is collected as it arrives, so a test can wait
-// for a line while the process keeps running.
+// Real processes for end-to-end tests: the file manager driven by an automation script fed
+// line by line, the client simulator by its standard input. Output lines are kept as they
+// arrive, so a test can wait for one while the process runs on.
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
@@ -121,8 +120,7 @@ public:
         return process.waitForStarted(10000);
     }
 
-    // Time until the file manager answers a command, in ms; -1 when it does not
-    // within the timeout.
+    // Time until the file manager answers a command, in ms; -1 when it does not in time.
     int ping(int timeoutMs = 10000)
     {
         QElapsedTimer timer;
@@ -196,8 +194,7 @@ public:
     }
 };
 
-// Every entry below `root` with a hash of its content ("/" for a folder, "@"
-// and the target for a link), relative paths as keys.
+// Every entry below `root` by relative path: a hash of its content, "/" for a folder, "@target" for a link.
 inline QMap<QString, QByteArray> snapshot(const QString &root)
 {
     QMap<QString, QByteArray> files;

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Faults injected into whole runs: the file manager with the plug-in, driven
-// by automation, against the client simulator or a misbehaving peer, each a
-// real process under a temporary home. For every fault: the file manager keeps
-// answering within a second, the user is told (a log line today), the next
-// action of the user recovers once the fault is over, and no file changes.
+// Faults injected into whole runs of the file manager (driven by automation) against the
+// client simulator or a misbehaving peer, under a temporary home. For every fault: the file
+// manager keeps answering within a second, the user is told, the user's next action recovers
+// once the fault is over, and no file changes.
 #include "e2eprocess.h"
 
 #include <QJsonObject>
@@ -33,16 +32,14 @@ const QString kNoAnswerLine = u"NubixMessageHandler: No answer from the client f
 const QString kNotReadLine = u"TcpClient: The client takes no data:"_s;
 const QString kCacheNotWrittenLine = u"NubixCaches: Cannot write the cache file"_s;
 
-// A notification whose one string the misbehaving peer makes huge (kept out of the class
-// body, where moc would count its braces).
+// A notification whose one string a peer makes huge (out of the class body: moc counts braces).
 const QByteArray kHugeHead = R"({"type":"ping","data":{"method":"notify","from":"server","to":"client",)"
                              R"("key":"{00000000-0000-0000-0000-000000000000","version":1,)"
                              R"("data":{"type":"banDirs","args":[")";
 const QByteArray kHugeTail = R"("]}}})"
                              "\x0c";
 
-// Every folder under `root`, and `root` itself, read-only (or writable again)
-// for everyone, and every file in it too.
+// Every folder and file under `root`, and `root` itself, read-only for everyone (or writable again).
 void setTreeWritable(const QString &root, bool writable)
 {
     const auto folder = writable ? QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner
@@ -172,8 +169,7 @@ private Q_SLOTS:
         QVERIFY(server.listen(QHostAddress::LocalHost));
         QVERIFY(writeFile(portFile(), QByteArray::number(server.serverPort()) + '\n'));
         if (behaviour == QLatin1String("no-read")) {
-            // The sync root known from an earlier session, so that every folder
-            // the user enters is asked for, answer or not.
+            // The sync root known from an earlier session: every folder entered is asked for.
             QVERIFY(QDir().mkpath(QFileInfo(cacheFile()).absolutePath()));
             QVERIFY(writeFile(cacheFile(), "[General]\nInited=true\nSyncRoot=" + QFile::encodeName(root) + '\n'));
         }
@@ -186,15 +182,13 @@ private Q_SLOTS:
         qint64 sent = 0;
         QByteArray chunk;
         if (behaviour == QLatin1String("no-read")) {
-            // Read nothing, with the smallest buffers the kernel allows, while the
-            // user goes back and forth between two folders: each is asked for, and
-            // the requests pile up on the plug-in's side.
+            // Read nothing, with the smallest buffers, while the user goes back and forth
+            // between two folders: the requests pile up on the plug-in's side.
             peer->setReadBufferSize(1);
             peer->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 1024);
             for (int i = 0; i < 400; ++i)
                 host->send(i % 2 ? kEnter : kEnterSub);
-            // The folders are entered one after the other (3 to 4 s, as with a
-            // peer that reads); the fault is measured once they are.
+            // Entering them takes 3 to 4 s, as with a peer that reads; the fault is measured after.
             const int entered = host->ping(30000);
             qInfo("400 folders entered in %d ms", entered);
             QVERIFY(entered >= 0);
@@ -219,8 +213,7 @@ private Q_SLOTS:
             // Told within seconds, while the file manager keeps answering.
             QVERIFY2(host->waitErr(told, 20000) >= 0, qPrintable(u"not told: "_s + told));
             expectResponsive(500, qPrintable(behaviour + u" told"_s));
-            // Told once, however many requests wait; a peer that reads is not
-            // taken for one that does not.
+            // Told once, however many requests wait; a silent peer is not taken for one not reading.
             QCOMPARE(host->countErr(told), 1);
             if (behaviour == QLatin1String("silent"))
                 QCOMPARE(host->countErr(kNotReadLine), 0);
@@ -300,16 +293,14 @@ private Q_SLOTS:
 
     void portFileRewrittenWhileRead()
     {
-        // The file is read only while there is no connection: the client is up,
-        // but its port file is gone when the file manager starts.
+        // The file is read only while there is no connection: the client is up, its port file gone.
         Sim sim;
         startSim(sim);
         const QByteArray good = QByteArray::number(sim.port()) + '\n';
         QVERIFY(QFile::remove(portFile()));
         startHost();
         QVERIFY(host->waitErr(u"Failed to read valid port from config"_s, 10000) >= 0);
-        // The file is rewritten in place, without the client's rename, as fast as
-        // possible while the user keeps entering the tree.
+        // Rewritten in place (not renamed as the client does), fast, while the user enters the tree.
         QElapsedTimer timer;
         timer.start();
         for (int rewrites = 0; timer.elapsed() < 1500;) {
@@ -360,8 +351,7 @@ private Q_SLOTS:
         }
         QVERIFY(writeFile(cacheFile(), content));
         if (kind == QLatin1String("unwritable")) {
-            // A file where its folder should be: no one, root included, can write
-            // the cache.
+            // A file where its folder should be: no one, root included, can write the cache.
             QVERIFY(QDir(dir).removeRecursively());
             QVERIFY(writeFile(dir, {}));
         } else if (kind == QLatin1String("full")) {
@@ -375,9 +365,8 @@ private Q_SLOTS:
         Sim sim;
         startSim(sim);
         if (kind == QLatin1String("read-only")) {
-            // After the client wrote its port file; root must be held to the mode
-            // bits in the file manager, and root's effective rights come back at
-            // exec unless they leave the bounding set.
+            // After the client wrote its port file. Root keeps its rights over mode bits at exec
+            // unless they leave the bounding set.
             if (::geteuid() == 0) {
                 const QString setpriv = QStandardPaths::findExecutable(u"setpriv"_s);
                 if (setpriv.isEmpty())
@@ -394,8 +383,7 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(readFile(cacheFile()).contains(QFile::encodeName(root)), 10000);
             return;
         }
-        // The summary could not be kept: the user's log says so, and the plug-in
-        // goes on with what it has in memory.
+        // The log says the summary could not be kept; the plug-in goes on from memory.
         QVERIFY(host->waitErr(kCacheNotWrittenLine, 10000) >= 0);
         expectStatusRequest(sim, sim.err.size());
         expectResponsive(500, qPrintable(u"after entering, cache file "_s + kind));

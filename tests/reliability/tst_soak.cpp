@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// No-data-loss soak: a seeded random walk of file operations through the file
-// manager's automation, between a plain folder, the synchronised tree and the
-// trash, while the client simulator floods the plug-in with status messages
-// and restarts. After every step the whole file set must equal a model kept
-// here (names and content hashes), and each reported result must match disk.
-//
-// NUBIX_SOAK_STEPS (default 200) and NUBIX_SOAK_SEED (default: from the clock)
-// choose the walk; the seed is printed first so a failure replays exactly.
+// No-data-loss soak: a seeded random walk of file operations through the file manager's
+// automation, between a plain folder, the synchronised tree and the trash, while the client
+// simulator floods the plug-in with status messages and restarts. After every step the whole
+// file set must equal a model kept here (names, content hashes, link targets), and each
+// reported result must match it. NUBIX_SOAK_STEPS (default 200) and NUBIX_SOAK_SEED (default:
+// the clock) choose the walk; the seed is printed first so that a failure replays exactly.
 #include "e2eprocess.h"
 
 #include <QJsonArray>
@@ -170,8 +168,7 @@ private:
         return list;
     }
 
-    // A tree entry is named by its own scheme now and then, so that the
-    // plug-in's redirection to the local file is part of the walk.
+    // A tree entry is named by its own scheme now and then: the plug-in's redirection is walked too.
     QString quotedUrl(const QString &key)
     {
         QUrl target = QUrl::fromLocalFile(diskPath(key));
@@ -267,8 +264,8 @@ private:
         } else if (op < 70) {
             // Copy or move one or two entries into a folder outside them.
             const bool move = op >= 50;
-            // What a copy does with a symbolic link is the job's business, not this
-            // model's: copies leave links (and folders holding one) alone.
+            // What a copy does with a link is the job's business: copies leave links (and folders
+            // holding one) alone.
             QStringList movable;
             for (const QString &entry : entries) {
                 bool hasLink = false;

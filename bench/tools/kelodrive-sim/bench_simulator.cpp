@@ -90,22 +90,6 @@ void BM_FileStatusOfLargeFolder(benchmark::State &state)
 }
 BENCHMARK(BM_FileStatusOfLargeFolder)->Arg(10000)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
-void BM_NotificationBurst(benchmark::State &state)
-{
-    const int burst = int(state.range(0));
-    Session client;
-    for (auto _ : state) {
-        const qint64 want = client.frames + burst;
-        client.sim.sendBurst(burst, QStringLiteral("fileSyncStatus"));
-        if (!client.waitFor(want)) {
-            state.SkipWithError("notifications lost");
-            break;
-        }
-    }
-    state.SetItemsProcessed(state.iterations() * burst);
-}
-BENCHMARK(BM_NotificationBurst)->Arg(10000)->Unit(benchmark::kMillisecond);
-
 // Pushes at a steady 10,000 per second for the given seconds and checks that the client
 // keeps up: "delivered_per_s" is what arrived, "max_backlog" the most frames in flight.
 void BM_SustainedNotifications(benchmark::State &state)

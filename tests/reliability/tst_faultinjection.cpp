@@ -39,20 +39,11 @@ const QByteArray kHugeHead = R"({"type":"ping","data":{"method":"notify","from":
 const QByteArray kHugeTail = R"("]}}})"
                              "\x0c";
 
-// Every folder and file under `root`, and `root` itself, read-only for everyone (or writable again).
-void setTreeWritable(const QString &root, bool writable)
+// Every folder (0555) and file (0444) under `root`, and `root` itself, read-only for everyone; or
+// writable again by the owner.
+bool setTreeWritable(const QString &root, bool writable)
 {
-    const auto folder = writable ? QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner
-                                 : QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadGroup
-            | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther;
-    const auto file = writable ? QFileDevice::ReadOwner | QFileDevice::WriteOwner : QFileDevice::ReadOwner;
-    QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        it.next();
-        if (!it.fileInfo().isSymLink())
-            QFile::setPermissions(it.filePath(), it.fileInfo().isDir() ? folder : file);
-    }
-    QFile::setPermissions(root, folder);
+    return QProcess::execute(u"chmod"_s, {u"-R"_s, writable ? u"u+w"_s : u"a=rX"_s, root}) == 0;
 }
 
 // Whether the simulator reports files queued or in transfer.
@@ -374,7 +365,7 @@ private Q_SLOTS:
                 hostWrapper = QStringList {setpriv, u"--bounding-set"_s, u"-dac_override,-dac_read_search,-fowner"_s};
             }
             homeReadOnly = true;
-            setTreeWritable(home(), false);
+            QVERIFY(setTreeWritable(home(), false));
         }
         startHost();
         QVERIFY(sim.waitErr(kConnectedLine, 15000) >= 0);

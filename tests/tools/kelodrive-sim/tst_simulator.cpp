@@ -85,25 +85,18 @@ public:
     }
     QTcpSocket &socket() { return m_socket; }
 
-    static QByteArray frame(const QString &type, const QJsonObject &body, bool indented = true)
+    static QByteArray frame(const QString &type, const QJsonObject &body)
     {
-        const QJsonObject env {{u"type"_s, type}, {u"data"_s, body}};
-        return QJsonDocument(env).toJson(indented ? QJsonDocument::Indented : QJsonDocument::Compact) + '\x0c';
+        return QJsonDocument(QJsonObject {{u"type"_s, type}, {u"data"_s, body}}).toJson() + '\x0c';
     }
-    // A request as the plug-in frames it.
-    static QByteArray requestFrame(const QString &method, const QJsonObject &data, const QString &key, bool indented)
-    {
-        const QJsonObject body {{u"from"_s, u"client"_s}, {u"to"_s, u"server"_s}, {u"method"_s, method},
-            {u"data"_s, data}, {u"version"_s, 1}, {u"key"_s, key},
-            {u"timestamp"_s, QDateTime::currentMSecsSinceEpoch()}};
-        return frame(u"ping"_s, body, indented);
-    }
-    // Sends a request and returns its key (a fresh one unless given).
-    QString request(const QString &method, const QJsonObject &data = {}, bool indented = true, QString key = {})
+    // Sends a request as the plug-in frames it and returns its key (a fresh one unless given).
+    QString request(const QString &method, const QJsonObject &data = {}, QString key = {})
     {
         if (key.isEmpty())
             key = QUuid::createUuid().toString().chopped(1);
-        sendRaw(requestFrame(method, data, key, indented));
+        sendRaw(frame(u"ping"_s,
+            {{u"from"_s, u"client"_s}, {u"to"_s, u"server"_s}, {u"method"_s, method}, {u"data"_s, data},
+                {u"version"_s, 1}, {u"key"_s, key}, {u"timestamp"_s, QDateTime::currentMSecsSinceEpoch()}}));
         return key;
     }
     // Sends a request and waits: "result" of the answer, undefined on time-out.
@@ -700,7 +693,7 @@ private Q_SLOTS:
         m_sim->rescan();
         m_sim->setIndentedOutput(indented);
 
-        m_client->request(u"getFileStatus"_s, statusArgs(u"/odd"_s), true, key);
+        m_client->request(u"getFileStatus"_s, statusArgs(u"/odd"_s), key);
         const QJsonObject answer = m_client->waitForResponse(key);
         QCOMPARE(m_client->unparsable, 0);
         QCOMPARE(answer.value(u"method").toString(), u"getFileStatus"_s);
@@ -835,7 +828,6 @@ private Q_SLOTS:
         QCOMPARE(portfile::read(path), quint16(4242));
         // No temporary file is left beside it.
         QCOMPARE(QDir(m_dir->path() + u"/deep/App Data"_s).entryList(QDir::Files), QStringList {u"ipc"_s});
-        QVERIFY(!portfile::removeIfOurs(path, 5353));
         QVERIFY(portfile::removeIfOurs(path, 4242));
         QVERIFY(portfile::removeIfOurs(path, 4242));   // already gone is fine
         QCOMPARE(portfile::read(path), quint16(0));

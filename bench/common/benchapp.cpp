@@ -79,16 +79,18 @@ void RatioReporter::Finalize()
 {
     ConsoleReporter::Finalize();
     const auto name = [](const auto &key) { return key.second.empty() ? key.first : key.first + "/" + key.second; };
-    for (const auto &[key, time] : m_times) {
-        if (key.first != m_subject)
-            continue;
-        auto base = m_times.find({m_yardstick, key.second});
-        if (base == m_times.end())
-            base = m_times.find({m_yardstick, std::string()});
-        if (base == m_times.end() || base->second.first <= 0 || base->second.second <= 0)
-            continue;
-        std::printf("%s vs %s: %.3fx wall, %.3fx cpu\n", name(key).c_str(), name(base->first).c_str(),
-            time.first / base->second.first, time.second / base->second.second);
+    for (const auto &[subject, yardstick] : m_pairs) {
+        for (const auto &[key, time] : m_times) {
+            if (key.first != subject)
+                continue;
+            auto base = m_times.find({yardstick, key.second});
+            if (base == m_times.end())
+                base = m_times.find({yardstick, std::string()});
+            if (base == m_times.end() || base->second.first <= 0 || base->second.second <= 0)
+                continue;
+            std::printf("%s vs %s: %.3fx wall, %.3fx cpu\n", name(key).c_str(), name(base->first).c_str(),
+                time.first / base->second.first, time.second / base->second.second);
+        }
     }
 }
 

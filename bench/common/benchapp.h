@@ -73,22 +73,19 @@ struct ListingTotals
     }
 };
 
-// After the table, prints each run of `subject` relative to the run of `yardstick` with the
+// After the table, prints each run of a subject relative to the run of its yardstick with the
 // same arguments (or without any), medians when repeated, in wall-clock and in CPU time (on a
 // busy machine the steadier one).
 class RatioReporter : public benchmark::ConsoleReporter
 {
 public:
-    RatioReporter(std::string subject, std::string yardstick)
-        : m_subject(std::move(subject)), m_yardstick(std::move(yardstick))
-    {
-    }
+    using Pairs = std::vector<std::pair<std::string, std::string>>;   // (subject, yardstick)
+    RatioReporter(std::initializer_list<Pairs::value_type> pairs) : m_pairs(pairs) { }
     void ReportRuns(const std::vector<Run> &runs) override;
     void Finalize() override;
 
 private:
-    const std::string m_subject;
-    const std::string m_yardstick;
+    const Pairs m_pairs;
     // (function, arguments) -> (wall-clock, CPU) time per iteration.
     std::map<std::pair<std::string, std::string>, std::pair<double, double>> m_times;
 };

@@ -1,78 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The host platform's costs under the plug-in, on a folder of 10,000 files: listing through
-// the host's factories against a bare QDirIterator loop; one call through each event channel
-// on the GUI thread; listing into the workspace's file view (worker thread, model, icon view
-// laid out to the last row), with the longest stall of the GUI thread's event loop
-// ("max_stall_ms"). What per-file refreshes cost in that view is bench_nubix_emblemstorm's.
+// The host platform's costs under the plug-in: one call through each event channel on the GUI
+// thread, and listing a folder of 10,000 files into the workspace's file view (worker thread,
+// model, icon view laid out to the last row) with the longest stall of the GUI thread's event
+// loop ("max_stall_ms"). The host's listing against bare Qt is bench_nubix_cloudlisting's,
+// per-file refreshes in the view bench_nubix_emblemstorm's.
 #include "benchapp.h"
 #include "filemodel.h"
 #include "fileview.h"
 #include "workspaceregistry.h"
 
-#include <hfmbase/abstractdiriterator.h>
 #include <hfmbase/infofactory.h>
 #include <hostcommon/hostmetatypes.h>
 #include <hpf/event/event.h>
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QDirIterator>
 #include <QEventLoop>
 #include <QIcon>
 
 namespace {
 
 using nubixbench::kTreeFiles;
-using nubixbench::ListingTotals;
 using nubixbench::sharedTree;
-
-// --- Listing through the factories ---------------------------------------------------
-
-void bareQDirIterator(benchmark::State &state)
-{
-    const QString path = sharedTree();
-    for (auto _ : state) {
-        ListingTotals totals;
-        QDirIterator it(path, QDir::Files | QDir::NoDotAndDotDot);
-        while (it.hasNext()) {
-            it.next();
-            totals.add(it.fileInfo());
-        }
-        benchmark::DoNotOptimize(totals);
-    }
-    state.SetItemsProcessed(state.iterations() * kTreeFiles);
-}
-
-// Arg 0: the info cache holds none of the files (emptied before every
-// listing, as the view's listings below do); 1: it holds all of them, so
-// every listed info replaces a kept one.
-void hostIteratorWithInfos(benchmark::State &state)
-{
-    const QString path = sharedTree();
-    hfmbase::InfoCache::instance().clear();
-    if (state.range(0) == 1) {
-        QDirIterator it(path, QDir::Files | QDir::NoDotAndDotDot);
-        while (it.hasNext())
-            hfmbase::InfoFactory::create<hfmbase::FileInfo>(QUrl::fromLocalFile(it.next()));
-    }
-    for (auto _ : state) {
-        if (state.range(0) == 0)
-            hfmbase::InfoCache::instance().clear();
-        ListingTotals totals;
-        auto it = hfmbase::DirIteratorFactory::create<hfmbase::AbstractDirIterator>(
-            QUrl::fromLocalFile(path), {}, QDir::Files | QDir::NoDotAndDotDot);
-        while (it->hasNext()) {
-            it->next();
-            totals.add(*it->fileInfo());
-        }
-        benchmark::DoNotOptimize(totals);
-    }
-    hfmbase::InfoCache::instance().clear();
-    state.SetItemsProcessed(state.iterations() * kTreeFiles);
-}
-
-BENCHMARK(bareQDirIterator)->Unit(benchmark::kMillisecond)->MinTime(2.0);
-BENCHMARK(hostIteratorWithInfos)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 // --- Event channels: a slot push with two arguments, a publish through two filters and
 // one listener, an emblem-style hook run with an out-argument ----------------------------
@@ -186,13 +135,11 @@ BENCHMARK(listingIntoView)->Unit(benchmark::kMillisecond)->Iterations(5)->UseMan
 
 int main(int argc, char **argv)
 {
-    nubixbench::RatioReporter reporter("hostIteratorWithInfos", "bareQDirIterator");
     nubixbench::RunOptions options;
     options.setUp = [] {
         hdehost::registerHostMetaTypes();
         return !sharedTree().isEmpty();
     };
-    options.reporter = &reporter;
     // The channels check the calling thread against the application's.
     return nubixbench::runBenchmarks<QApplication>(argc, argv, options);
 }

@@ -125,7 +125,7 @@ BENCHMARK(BM_StatusRoundTrip)->Unit(benchmark::kMillisecond)->UseRealTime()->Ite
 
 int main(int argc, char **argv)
 {
-    nubixbench::RatioReporter reporter("BM_EmblemHook", "BM_StatusRoundTrip");
+    nubixbench::RatioReporter reporter {{"BM_EmblemHook", "BM_StatusRoundTrip"}};
     nubixbench::RunOptions options;
     options.quietCategory = QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix");
     options.reporter = &reporter;

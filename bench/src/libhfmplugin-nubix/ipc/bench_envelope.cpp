@@ -62,17 +62,6 @@ QString fileStatusAnswer()
 }
 }   // namespace
 
-static void BM_BuildRequestEnvelope(benchmark::State &state)
-{
-    NubixMessageHandler handler;
-    const QString key = NubixMessageHandler::createKey();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            handler.buildReqeustMessage(QStringLiteral("getFileStatus"), kFileStatusArgs, key).constData());
-    state.SetItemsProcessed(state.iterations());
-}
-BENCHMARK(BM_BuildRequestEnvelope);
-
 static void BM_RequestDeliveredToPeer(benchmark::State &state)
 {
     static Link link;

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
-// Real processes for end-to-end tests: the file manager driven by an
-// automation script fed line by line, and the client simulator driven through
-// its standard input. Output is collected as it arrives, so a test can wait
-// for a line while the process keeps running.
+// Real processes for end-to-end tests: the file manager driven by an automation script fed
+// line by line, the client simulator by its standard input. Output lines are kept as they
+// arrive, so a test can wait for one while the process runs on.
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
@@ -17,6 +16,23 @@
 
 namespace e2e {
 
+inline QString operator""_s(const char16_t *text, size_t size)
+{
+    return QString::fromUtf16(text, int(size));
+}
+
+inline bool writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 // A child process whose output lines are kept in order.
 class Child
 {
@@ -28,12 +44,8 @@ public:
         QObject::connect(&process, &QProcess::readyReadStandardError,
             [this] { take(process.readAllStandardError(), errPending, err); });
     }
-    ~Child() { stop(); }
-
-    void stop()
+    ~Child()
     {
-        if (process.state() == QProcess::NotRunning)
-            return;
         process.kill();
         process.waitForFinished(10000);
     }
@@ -44,13 +56,7 @@ public:
     // Waits until a line at or after `from` contains `part`; its index, or -1.
     int waitOut(const QString &part, int timeoutMs, int from = 0) { return waitIn(out, part, timeoutMs, from); }
     int waitErr(const QString &part, int timeoutMs, int from = 0) { return waitIn(err, part, timeoutMs, from); }
-    int countErr(const QString &part, int from = 0) const
-    {
-        int n = 0;
-        for (int i = from; i < err.size(); ++i)
-            n += err.at(i).contains(part) ? 1 : 0;
-        return n;
-    }
+    int countErr(const QString &part) const { return err.filter(part).size(); }
 
     QProcess process;
     QStringList out;
@@ -60,45 +66,44 @@ private:
     static void take(const QByteArray &data, QByteArray &pending, QStringList &lines)
     {
         pending += data;
-        int nl;
-        while ((nl = pending.indexOf('\n')) >= 0) {
+        for (int nl; (nl = pending.indexOf('\n')) >= 0; pending.remove(0, nl + 1))
             lines.append(QString::fromUtf8(pending.left(nl)));
-            pending.remove(0, nl + 1);
-        }
     }
     int waitIn(const QStringList &lines, const QString &part, int timeoutMs, int from)
     {
-        int found = -1;
-        (void)QTest::qWaitFor(
-            [&] {
-                for (int i = from; i < lines.size() && found < 0; ++i)
-                    found = lines.at(i).contains(part) ? i : -1;
-                return found >= 0 || process.state() == QProcess::NotRunning;
-            },
-            timeoutMs);
-        if (found < 0)   // the last output may have come with the exit
-            for (int i = from; i < lines.size() && found < 0; ++i)
-                found = lines.at(i).contains(part) ? i : -1;
-        return found;
+        const auto find = [&] {
+            for (int i = from; i < lines.size(); ++i)
+                if (lines.at(i).contains(part))
+                    return i;
+            return -1;
+        };
+        // The last output may have come with the exit.
+        (void)QTest::qWaitFor([&] { return find() >= 0 || process.state() == QProcess::NotRunning; }, timeoutMs);
+        return find();
     }
 
     QByteArray outPending;
     QByteArray errPending;
 };
 
-// The environment of a run under a temporary home: the file manager's own
-// folder first in PATH, because the plug-in asks it for its version by name.
+// The file manager's own folder first in PATH, because the plug-in asks it for its version by name.
+inline QString searchPath()
+{
+    return QFileInfo(QStringLiteral(HDE_FM_BINARY)).absolutePath() + QLatin1Char(':') + qEnvironmentVariable("PATH");
+}
+
+// The environment of a run under a temporary home.
 inline QProcessEnvironment environment(const QString &home, const QString &path)
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), home);
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/.config"));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/.local/share"));
-    env.insert(QStringLiteral("XDG_CACHE_HOME"), home + QStringLiteral("/.cache"));
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.debug=false\norg.sablo.kelodrive.sim.debug=true"));
-    env.insert(QStringLiteral("PATH"), path);
-    env.remove(QStringLiteral("HDE_PLUGIN_DIRS"));
+    env.insert(u"HOME"_s, home);
+    env.insert(u"XDG_CONFIG_HOME"_s, home + u"/.config"_s);
+    env.insert(u"XDG_DATA_HOME"_s, home + u"/.local/share"_s);
+    env.insert(u"XDG_CACHE_HOME"_s, home + u"/.cache"_s);
+    env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    env.insert(u"QT_LOGGING_RULES"_s, u"*.debug=false\norg.sablo.kelodrive.sim.debug=true"_s);
+    env.insert(u"PATH"_s, path);
+    env.remove(u"HDE_PLUGIN_DIRS"_s);
     return env;
 }
 
@@ -106,26 +111,21 @@ class Host : public Child
 {
 public:
     // `wrapper`: a command and its arguments that run the file manager, if any.
-    bool start(const QProcessEnvironment &env, const QString &binary, const QStringList &wrapper = QStringList())
+    bool start(const QProcessEnvironment &env, const QStringList &wrapper = {})
     {
         process.setProcessEnvironment(env);
-        const QStringList arguments {binary, QStringLiteral("-platform"), QStringLiteral("offscreen"),
-            QStringLiteral("--script"), QStringLiteral("-")};
-        const QStringList command = wrapper + arguments;
+        const QStringList command = wrapper
+            + QStringList {QStringLiteral(HDE_FM_BINARY), u"-platform"_s, u"offscreen"_s, u"--script"_s, u"-"_s};
         process.start(command.first(), command.mid(1));
         return process.waitForStarted(10000);
     }
 
-    // Time until the file manager answers a command, in ms; -1 when it does not
-    // within the timeout.
+    // Time until the file manager answers a command, in ms; -1 when it does not in time.
     int ping(int timeoutMs = 10000)
     {
-        const QString tick = QStringLiteral("tick-%1").arg(++ticks);
         QElapsedTimer timer;
         timer.start();
-        send(QStringLiteral("echo ") + tick);
-        const int line = waitOut(tick, timeoutMs, out.size());
-        return line >= 0 ? int(timer.elapsed()) : -1;
+        return tick(timeoutMs) >= 0 ? int(timer.elapsed()) : -1;
     }
 
     // The longest answer time of pings sent back to back for `durationMs`.
@@ -148,73 +148,67 @@ public:
     QJsonValue state(const QString &path)
     {
         const int from = out.size();
-        send(QStringLiteral("state ") + path);
-        const QString tick = QStringLiteral("tick-%1").arg(++ticks);
-        send(QStringLiteral("echo ") + tick);
-        const int end = waitOut(tick, 10000, from);
+        send(u"state "_s + path);
+        const int end = tick(10000);
         if (end <= from)
             return QJsonValue(QJsonValue::Undefined);
-        const QByteArray text = "[" + out.at(end - 1).toUtf8() + "]";
-        return QJsonDocument::fromJson(text).array().at(0);
+        return QJsonDocument::fromJson("[" + out.at(end - 1).toUtf8() + "]").array().at(0);
     }
 
-    // Peak and current resident memory in kB, from the kernel's view of the process.
+    // A field of the kernel's view of the process, in kB ("VmHWM:" peak resident, "VmRSS:" now).
     qint64 memoryKb(const char *field) const
     {
-        QFile status(QStringLiteral("/proc/%1/status").arg(process.processId()));
-        if (!status.open(QIODevice::ReadOnly))
-            return -1;
-        const QList<QByteArray> lines = status.readAll().split('\n');
-        for (const QByteArray &line : lines)
+        const QByteArray status = readFile(u"/proc/%1/status"_s.arg(process.processId()));
+        for (const QByteArray &line : status.split('\n'))
             if (line.startsWith(field))
-                return line.mid(qstrlen(field) + 1).trimmed().split(' ').value(0).toLongLong();
+                return line.mid(qstrlen(field)).trimmed().split(' ').value(0).toLongLong();
         return -1;
     }
 
 private:
+    // Sends an echo and waits for it: the index of its line, or -1.
+    int tick(int timeoutMs)
+    {
+        const QString mark = u"tick-%1"_s.arg(++ticks);
+        const int from = out.size();
+        send(u"echo "_s + mark);
+        return waitOut(mark, timeoutMs, from);
+    }
+
     int ticks = 0;
 };
 
 class Sim : public Child
 {
 public:
-    bool start(const QProcessEnvironment &env, const QString &binary, const QStringList &arguments)
+    bool start(const QProcessEnvironment &env, const QStringList &arguments)
     {
         process.setProcessEnvironment(env);
-        process.start(binary, arguments + QStringList {QStringLiteral("--verbose")});
-        return process.waitForStarted(10000) && waitOut(QStringLiteral("port "), 10000) >= 0;
+        process.start(QStringLiteral(KELODRIVE_SIM_EXE), arguments + QStringList {u"--verbose"_s});
+        return process.waitForStarted(10000) && waitOut(u"port "_s, 10000) >= 0;
     }
     quint16 port() const
     {
-        for (auto it = out.crbegin(); it != out.crend(); ++it)
-            if (it->startsWith(QStringLiteral("port ")))
-                return quint16(it->mid(5).toUInt());
-        return 0;
+        const QStringList ports = out.filter(QRegularExpression(u"^port "_s));
+        return ports.isEmpty() ? 0 : quint16(ports.last().mid(5).toUInt());
     }
 };
 
-// Every entry below `root` with a hash of its content ("/" for a folder, "@"
-// and the target for a link), relative paths as keys.
+// Every entry below `root` by relative path: a hash of its content, "/" for a folder, "@target" for a link.
 inline QMap<QString, QByteArray> snapshot(const QString &root)
 {
     QMap<QString, QByteArray> files;
     QDirIterator it(
         root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
-        it.next();
-        const QFileInfo info = it.fileInfo();
-        QByteArray value;
-        if (info.isSymLink()) {
+        const QFileInfo info(it.next());
+        QByteArray value = "/";
+        if (info.isSymLink())
             value = "@" + info.symLinkTarget().toUtf8();
-        } else if (info.isDir()) {
-            value = "/";
-        } else {
-            QFile file(info.filePath());
-            if (file.open(QIODevice::ReadOnly))
-                value = QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1).toHex();
-            else
-                value = "<unreadable>";
-        }
+        else if (QFile file(info.filePath()); !info.isDir())
+            value = file.open(QIODevice::ReadOnly)
+                ? QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1).toHex()
+                : QByteArray("<unreadable>");
         files.insert(QDir(root).relativeFilePath(info.filePath()), value);
     }
     return files;

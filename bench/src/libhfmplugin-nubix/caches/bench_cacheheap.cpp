@@ -4,10 +4,8 @@
 // after the same answer again; the target is at most 400 bytes (counters
 // "heap_per_entry" and "heap_per_entry_repeated"). A counting malloc sees every
 // allocation of the process, Qt's included, with the allocator's chunk header.
-#include "benchapp.h"
 #include "caches/nubixcaches.h"
-#include "ipc/nubixmessagehandler.h"
-#include "statusanswer.h"
+#include "nubixbench.h"
 
 #include <atomic>
 #include <malloc.h>

@@ -1,29 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The status cache under load. Targets: one "getFileStatus" answer of 10,000
 // entries (about 1.5 MB), from bytes on the socket to cache filled and every
-// repaint pushed, within 3x the time QJsonDocument::fromJson takes for the
-// same bytes (counter "x_fromJson"); fileData() among 100,000 entries within
-// 2x a bare QMap::value and under 1 us. The heap per entry is measured by
-// bench_nubix_cacheheap.
-#include "benchapp.h"
+// repaint pushed, within 3x QJsonDocument::fromJson on the same bytes (counter
+// "x_fromJson"); fileData() among 100,000 entries within 2x a bare
+// QMap::value and under 1 us. bench_nubix_cacheheap measures the heap.
 #include "caches/nubixcaches.h"
-#include "ipc/nubixmessagehandler.h"
-#include "ipc/tcpclient.h"
-#include "statusanswer.h"
+#include "nubixbench.h"
 
 #include <hpf/event/event.h>
 
 #include <QJsonDocument>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QUrl>
 
 #include <algorithm>
-#include <cerrno>
-#include <poll.h>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
 using namespace hfmplugin_nubix;
 using nubixbench::cloudPath;
@@ -34,20 +23,10 @@ namespace {
 constexpr int kAnswerEntries = 10000;
 constexpr int kLookupEntries = 100000;
 
-// Counts the repaint requests the cache pushes to the workspace.
-qint64 &repaints()
-{
-    static qint64 count = 0;
-    return count;
-}
+// The repaint requests the cache has pushed to the workspace.
+qint64 repaints = 0;
 
-void listenForRepaints()
-{
-    static const bool connected = hpf::channel()->connect(QStringLiteral("hfmplugin_workspace"),
-        QStringLiteral("slot_Model_FileUpdate"), [](const QUrl &url) { repaints() += url.isValid() ? 1 : 0; });
-    Q_UNUSED(connected)
-}
-
+// The best of five parses by QJsonDocument::fromJson, the yardstick.
 double fromJsonMs(const QByteArray &bytes)
 {
     double best = 1e12;
@@ -63,80 +42,25 @@ double fromJsonMs(const QByteArray &bytes)
 
 }   // namespace
 
-static void BM_FromJson_FileStatusAnswer(benchmark::State &state)
-{
-    const QByteArray bytes = fileStatusAnswer(kAnswerEntries);
-    for (auto _ : state) {
-        const QJsonDocument document = QJsonDocument::fromJson(bytes);
-        benchmark::DoNotOptimize(document.isObject());
-    }
-    state.SetBytesProcessed(state.iterations() * bytes.size());
-    state.counters["bytes"] = bytes.size();
-}
-BENCHMARK(BM_FromJson_FileStatusAnswer)->Unit(benchmark::kMillisecond);
-
-namespace {
-// The process's handler and cache, connected once to a peer that plays the
-// client; the requests made on connection are left unanswered.
-struct Link
-{
-    Link()
-    {
-        server.listen(QHostAddress::LocalHost);
-        NubixCaches::instance();
-        handler->client()->connectToServer(QStringLiteral("127.0.0.1"), server.serverPort());
-        nubixbench::spinUntil([this] { return server.hasPendingConnections(); });
-        peer = server.nextPendingConnection();
-        nubixbench::spinUntil([this] { return handler->isConnected(); });
-        // The client's side writes from a thread of its own, as the client
-        // does from its process, so that only the plug-in's work is timed.
-        descriptor = ::dup(int(peer->socketDescriptor()));
-    }
-
-    // Starts writing all of the bytes, waiting whenever the socket is full.
-    std::thread send(const QByteArray &bytes) const
-    {
-        return std::thread([this, &bytes] {
-            const char *data = bytes.constData();
-            qint64 left = bytes.size();
-            while (left > 0) {
-                const ssize_t written = ::send(descriptor, data, size_t(left), MSG_NOSIGNAL);
-                if (written > 0) {
-                    data += written;
-                    left -= written;
-                } else if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-                    pollfd fd {descriptor, POLLOUT, 0};
-                    ::poll(&fd, 1, 100);
-                } else {
-                    return;
-                }
-            }
-        });
-    }
-
-    QTcpServer server;
-    NubixMessageHandler *handler = NubixMessageHandler::instance();
-    QTcpSocket *peer = nullptr;
-    int descriptor = -1;
-};
-}   // namespace
-
 // Socket bytes -> frame -> envelope -> parsed list -> cache -> one push per entry.
 static void BM_FileStatusAnswer_SocketToCache(benchmark::State &state)
 {
-    listenForRepaints();
-    static Link link;
+    static const bool listening = hpf::channel()->connect(QStringLiteral("hfmplugin_workspace"),
+        QStringLiteral("slot_Model_FileUpdate"), [](const QUrl &url) { repaints += url.isValid() ? 1 : 0; });
+    Q_UNUSED(listening)
+    NubixCaches::instance();
+    static nubixbench::ClientPeer link;
     QByteArray frame = fileStatusAnswer(kAnswerEntries);
     const double baselineMs = fromJsonMs(frame);
     frame.append('\x0c');
 
     double bestMs = 1e12;
     for (auto _ : state) {
-        const qint64 target = repaints() + kAnswerEntries;
+        const qint64 target = repaints + kAnswerEntries;
         QElapsedTimer timer;
         timer.start();
         std::thread writer = link.send(frame);
-        nubixbench::spinUntil([&] { return repaints() >= target; });
+        nubixbench::spinUntil([&] { return repaints >= target; });
         writer.join();
         bestMs = std::min(bestMs, timer.nsecsElapsed() / 1e6);
     }

@@ -5,9 +5,6 @@
 // the same run. Targets: the hook at least 100x faster than the round trips,
 // and under 1 us per item ("ns_per_item").
 #include "benchapp.h"
-#include "benchtree.h"
-#include "ratioreporter.h"
-
 #include "caches/nubixcaches.h"
 #include "events/eventshandler.h"
 #include "ipc/nubixmessagehandler.h"
@@ -128,7 +125,7 @@ BENCHMARK(BM_StatusRoundTrip)->Unit(benchmark::kMillisecond)->UseRealTime()->Ite
 
 int main(int argc, char **argv)
 {
-    nubixbench::RatioReporter reporter("BM_EmblemHook", "BM_StatusRoundTrip");
+    nubixbench::RatioReporter reporter {{"BM_EmblemHook", "BM_StatusRoundTrip"}};
     nubixbench::RunOptions options;
     options.quietCategory = QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix");
     options.reporter = &reporter;

@@ -8,16 +8,12 @@
 // ("max_stall_ms"; "max_stall_cpu_ms" is the GUI thread's CPU time in that
 // gap, which a busy machine does not inflate). Target: no stall over 50 ms.
 // Logging is left as the host leaves it by default.
-#include "benchapp.h"
-#include "benchtree.h"
-
 #include "caches/nubixcaches.h"
 #include "events/eventshandler.h"
 #include "file/cloudfileiterator.h"
 #include "file/cloudfilewatcher.h"
 #include "file/cloudproxyfileinfo.h"
-#include "ipc/nubixmessagehandler.h"
-#include "ipc/tcpclient.h"
+#include "nubixbench.h"
 #include "nubixglobal.h"
 #include "resources/nubixicons.h"
 
@@ -35,33 +31,12 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QPainter>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QTimer>
-
-#include <ctime>
-
-#include <cerrno>
-#include <poll.h>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
 using namespace hfmplugin_nubix;
 
 namespace {
-
-// CPU time of the calling thread: on a busy machine the wall-clock stall
-// also counts the time other programs had the core.
-qint64 threadCpuNs()
-{
-    timespec now {};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
-}
 
 constexpr int kItems = nubixbench::kTreeFiles;
 
@@ -122,44 +97,6 @@ void registerTree()
     EventsHandler::instance()->hookOperations();
 }
 
-// The sync client's end of the plug-in's connection, writing from a thread
-// of its own as the client does from its process.
-struct Client
-{
-    Client()
-    {
-        server.listen(QHostAddress::LocalHost);
-        handler->client()->connectToServer(QStringLiteral("127.0.0.1"), server.serverPort());
-        nubixbench::spinUntil([this] { return server.hasPendingConnections(); });
-        peer = server.nextPendingConnection();
-        nubixbench::spinUntil([this] { return handler->isConnected(); });
-        descriptor = ::dup(int(peer->socketDescriptor()));
-    }
-    std::thread send(const QByteArray &bytes) const
-    {
-        return std::thread([this, &bytes] {
-            const char *data = bytes.constData();
-            qint64 left = bytes.size();
-            while (left > 0) {
-                const ssize_t written = ::send(descriptor, data, size_t(left), MSG_NOSIGNAL);
-                if (written > 0) {
-                    data += written;
-                    left -= written;
-                } else if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-                    pollfd fd {descriptor, POLLOUT, 0};
-                    ::poll(&fd, 1, 100);
-                } else {
-                    return;
-                }
-            }
-        });
-    }
-    QTcpServer server;
-    NubixMessageHandler *handler = NubixMessageHandler::instance();
-    QTcpSocket *peer = nullptr;
-    int descriptor = -1;
-};
-
 struct Scene
 {
     Scene()
@@ -181,7 +118,7 @@ struct Scene
     }
     hfmplugin_workspace::WorkspaceRegistry registry;
     hfmplugin_workspace::FileView view {&registry};
-    Client client;
+    nubixbench::ClientPeer client;
     qint64 repaints = 0;
 };
 
@@ -194,48 +131,30 @@ Scene &scene()
 void storm(benchmark::State &state, QByteArray (*payload)(int))
 {
     Scene &s = scene();
-    double maxStallMs = 0;
-    double maxStallCpuMs = 0;
+    nubixbench::StallWatch stalls;
     int round = 0;
     for (auto _ : state) {
         const int status = (round++ % 2) ? 3 : 2;
         const QByteArray bytes = payload(status);
         const qint64 target = s.repaints + kItems;
-
-        QElapsedTimer heartbeat;
-        qint64 longest = 0;
-        qint64 longestCpu = 0;
-        qint64 lastCpu = threadCpuNs();
-        QTimer beat;
-        beat.setInterval(1);
-        QObject::connect(&beat, &QTimer::timeout, [&] {
-            longest = qMax(longest, heartbeat.nsecsElapsed());
-            const qint64 cpu = threadCpuNs();
-            longestCpu = qMax(longestCpu, cpu - lastCpu);
-            lastCpu = cpu;
-            heartbeat.restart();
-        });
         QElapsedTimer clock;
         clock.start();
-        heartbeat.start();
-        beat.start();
+        stalls.start();
         std::thread writer = s.client.send(bytes);
         nubixbench::spinUntil([&] { return s.repaints >= target; }, 120000);
         // The rows asked to repaint have painted.
         s.view.currentView()->viewport()->repaint();
         QCoreApplication::processEvents();
         state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
-        beat.stop();
+        stalls.stop();
         writer.join();
-        maxStallMs = qMax(maxStallMs, double(longest) / 1e6);
-        maxStallCpuMs = qMax(maxStallCpuMs, double(longestCpu) / 1e6);
 
         const QString last = QString::fromLatin1(cloudPath(kItems - 1));
         if (NubixCaches::instance()->fileData(last).planStatus != status)
             state.SkipWithError("the last status did not arrive");
     }
-    state.counters["max_stall_ms"] = maxStallMs;
-    state.counters["max_stall_cpu_ms"] = maxStallCpuMs;
+    state.counters["max_stall_ms"] = stalls.maxMs;
+    state.counters["max_stall_cpu_ms"] = stalls.maxCpuMs;
 }
 
 void BM_StatusStorm_OneAnswer(benchmark::State &state)

@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Listing 10,000 files of the sync root through the cloud iterator and cloud
-// infos ("nubix:///") against listing the same folder through the host's own
-// local iterator and infos, reading name, size and modification time of
-// every entry as a file view does.
+// Listing 10,000 files of the sync root through the cloud iterator and cloud infos
+// ("nubix:///") against the host's own local iterator and infos on the same folder, and those
+// against a bare QDirIterator loop, reading name, size and modification time of every entry
+// as a file view does.
 #include "benchapp.h"
-#include "benchtree.h"
 #include "caches/nubixcaches.h"
 #include "file/cloudfileiterator.h"
 #include "file/cloudproxyfileinfo.h"
-#include "ratioreporter.h"
 
 #include <hfmbase/abstractdiriterator.h>
 #include <hfmbase/infofactory.h>
 
 #include <QDir>
+#include <QDirIterator>
 
 using namespace hfmplugin_nubix;
 
@@ -53,6 +52,21 @@ void listFolder(const QUrl &url, benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kTreeFiles);
 }
 
+// The yardstick of the host's own listing: Qt's iterator and file infos alone.
+void bareQDirIterator(benchmark::State &state)
+{
+    for (auto _ : state) {
+        nubixbench::ListingTotals totals;
+        QDirIterator it(sharedTree(), QDir::Files | QDir::NoDotAndDotDot);
+        while (it.hasNext()) {
+            it.next();
+            totals.add(it.fileInfo());
+        }
+        benchmark::DoNotOptimize(totals);
+    }
+    state.SetItemsProcessed(state.iterations() * kTreeFiles);
+}
+
 void hostLocalListing(benchmark::State &state)
 {
     listFolder(QUrl::fromLocalFile(sharedTree()), state);
@@ -64,6 +78,7 @@ void cloudListing(benchmark::State &state)
 }
 
 // Each pair runs back to back, so that a change of load on the machine hits both.
+BENCHMARK(bareQDirIterator)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 BENCHMARK(hostLocalListing)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 BENCHMARK(cloudListing)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 BENCHMARK(hostLocalListing)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(1.0);
@@ -73,7 +88,7 @@ BENCHMARK(cloudListing)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 int main(int argc, char **argv)
 {
-    nubixbench::RatioReporter reporter("cloudListing", "hostLocalListing");
+    nubixbench::RatioReporter reporter {{"cloudListing", "hostLocalListing"}, {"hostLocalListing", "bareQDirIterator"}};
     nubixbench::RunOptions options;
     // The iterator logs every listing it starts; that is not what is measured.
     options.quietCategory = QStringLiteral("org.sablo.hde.filemanager.plugin.hfmplugin_nubix");

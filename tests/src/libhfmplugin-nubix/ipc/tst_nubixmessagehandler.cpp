@@ -579,9 +579,10 @@ private Q_SLOTS:
         else if (content == "<directory>")
             QVERIFY(QDir().mkpath(path));
         else if (!content.isNull())
-            QVERIFY(writePortFile(QString::fromLatin1(content).arg(peer.port()).toLatin1()));
+            QVERIFY(writePortFile(
+                QString::fromLatin1(content).replace(QLatin1String("%1"), QString::number(peer.port())).toLatin1()));
         for (QString &line : criticals)
-            line = line.arg(path);
+            line.replace(QLatin1String("%1"), path);
 
         NubixMessageHandler handler;
         QSignalSpy connected(&handler, &NubixMessageHandler::sigConnected);

@@ -106,7 +106,12 @@ public:
         if (finished())
             return true;
         const QStringList errors = QString::fromUtf8(fm.readAllStandardError()).split(QLatin1Char('\n'));
-        qWarning().noquote() << errors.filter(QStringLiteral("script line")).join(QLatin1Char('\n'));
+        const QStringList failed = errors.filter(QStringLiteral("script line"));
+        // A script that neither failed nor finished timed out: show where it stood.
+        qWarning().noquote() << (failed.isEmpty() ? QStringLiteral("script unfinished after %1 ms; last lines:\n%2")
+                                                        .arg(timeoutMs)
+                                                        .arg(errors.mid(errors.size() - 8).join(QLatin1Char('\n')))
+                                                  : failed.join(QLatin1Char('\n')));
         return false;
     }
 

@@ -592,6 +592,20 @@ private Q_SLOTS:
         QTRY_COMPARE(m_client->lastStatus(u"/private/secret.txt"_s), 3);
     }
 
+    void lostRootIsReported()
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^SyncEngine::scanDir: the sync root .* is gone$"_s));
+        QVERIFY(QDir(m_root).removeRecursively());
+        m_sim->rescan();
+        const QJsonValue errors = m_client->waitForNotification(u"syncErrors"_s);
+        QCOMPARE(errors.toObject().value(u"isLocalPathExist").toBool(true), false);
+
+        QVERIFY(QDir().mkpath(m_root));
+        m_client->envelopes.clear();
+        m_sim->rescan();
+        QVERIFY(m_client->waitForNotification(u"syncErrors"_s).toObject().value(u"isLocalPathExist").toBool());
+    }
+
     void listingEscapesNames_data()
     {
         QTest::addColumn<bool>("indented");

@@ -494,17 +494,6 @@ private Q_SLOTS:
         QVERIFY(later.connectTo(port));
     }
 
-    // A second instance took the file over: stopping the first leaves it alone.
-    void stopRemovesOnlyItsOwnPortFile()
-    {
-        const QString path = m_sim->portFilePath();
-        Simulator other;
-        other.setPortFilePath(path);
-        QVERIFY(other.start());
-        m_sim->stop();
-        QCOMPARE(readFile(path), QByteArray::number(other.port()) + '\n');
-    }
-
     void commandsRejectBadInput_data()
     {
         QTest::addColumn<QString>("command");
@@ -762,6 +751,13 @@ private Q_SLOTS:
         QVERIFY(portfile::removeIfOurs(path, 4242));
         QVERIFY(portfile::removeIfOurs(path, 4242));   // already gone is fine
         QCOMPARE(portfile::read(path), quint16(0));
+
+        // A second instance took the file over: stopping the first leaves it alone.
+        Simulator other;
+        other.setPortFilePath(m_sim->portFilePath());
+        QVERIFY(other.start());
+        m_sim->stop();
+        QCOMPARE(readFile(m_sim->portFilePath()), QByteArray::number(other.port()) + '\n');
     }
 
     // Started through a link (the client's install path) and ended by a signal; the other tests

@@ -192,16 +192,13 @@ private Q_SLOTS:
         QTest::newRow("new folder") << "mkdir" << "" << "made" << "" << "made/";
         QTest::newRow("folder name taken by a file") << "mkdir" << "" << "exists.txt" << "already exists" << "";
         QTest::newRow("folder in a missing parent") << "mkdir" << "" << "no/such/parent" << "cannot create" << "";
-        QTest::newRow("folder through a redirected scheme") << "mkdir" << "" << "redir:///via-redir" << "" << "via-redir/";
         QTest::newRow("folder of a scheme without local files") << "mkdir" << "" << "sealed:///x" << "sealed" << "";
         QTest::newRow("document on a taken name") << "touch" << "txt" << "" << "" << "New Document (1).txt=";
         QTest::newRow("document from a template") << "touch" << "templates/report.odt" << "" << "" << "report.odt=template body";
-        QTest::newRow("document in a redirected folder") << "touch" << "md" << "redir:///sub" << "" << "sub/New Document.md=";
         QTest::newRow("rename to a free name") << "rename" << "a.txt" << "b.txt" << "" << "b.txt=a";
         QTest::newRow("rename to a taken name") << "rename" << "a.txt" << "exists.txt" << "already exists" << "";
         QTest::newRow("rename to the same name") << "rename" << "a.txt" << "a.txt" << "unchanged" << "";
         QTest::newRow("rename a missing file") << "rename" << "missing.txt" << "b.txt" << "does not exist" << "";
-        QTest::newRow("rename through a redirected scheme") << "rename" << "redir:///a.txt" << "redir:///b.txt" << "" << "b.txt=a";
         // clang-format on
     }
 
@@ -277,8 +274,6 @@ private Q_SLOTS:
         // clang-format off
         QTest::newRow("copy") << "copy" << words("src/a.txt|src/folder") << "dst" << words("dst/a (1).txt|dst/folder") << true;
         QTest::newRow("cut") << "cut" << words("src/a.txt|src/folder") << "dst" << words("dst/a (1).txt|dst/folder") << true;
-        QTest::newRow("copy from a redirected scheme") << "copy" << words("redir:///src/a.txt") << "redir:///dst" << words("dst/a (1).txt") << true;
-        QTest::newRow("cut from a redirected scheme") << "cut" << words("redir:///src/a.txt") << "dst" << words("dst/a (1).txt") << true;
         QTest::newRow("a source that is not local still lets the others go") << "copy" << words("sealed:///x|src/a.txt") << "dst" << words("dst/a (1).txt") << false;
         QTest::newRow("missing source") << "cut" << words("src/missing.txt") << "dst" << words("") << false;
         QTest::newRow("target is not local") << "copy" << words("src/a.txt") << "sealed:///dst" << words("") << false;
@@ -436,7 +431,6 @@ private Q_SLOTS:
         QTest::newRow("free name stays") << QStringList() << "a.txt" << false << "a.txt";
         QTest::newRow("first clash") << words("a.txt") << "a.txt" << false << "a (1).txt";
         QTest::newRow("second clash") << words("a.txt|a (1).txt") << "a.txt" << false << "a (2).txt";
-        QTest::newRow("taken by a folder") << words("a.txt/") << "a.txt" << false << "a (1).txt";
         QTest::newRow("taken by a dangling link") << words("a.txt@") << "a.txt" << false << "a (1).txt";
         QTest::newRow("no suffix") << words("notes") << "notes" << false << "notes (1)";
         QTest::newRow("double tar suffix") << words("a.tar.gz") << "a.tar.gz" << false << "a (1).tar.gz";

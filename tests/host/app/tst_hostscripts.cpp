@@ -163,7 +163,6 @@ private Q_SLOTS:
         QTest::newRow("default keeps debug off") << QString() << QString() << false;
         QTest::newRow("QT_LOGGING_RULES turns it on") << "org.sablo.hde.*.debug=true" << QString() << true;
         QTest::newRow("QT_LOGGING_CONF turns it on") << QString() << "org.sablo.hde.*.debug=true" << true;
-        QTest::newRow("other categories stay off") << "qt.foo.debug=true" << QString() << false;
     }
 
     void debugLinesFollowTheLogRules()

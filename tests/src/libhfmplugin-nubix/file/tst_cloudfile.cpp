@@ -54,14 +54,6 @@ hfmbase::AbstractDirIteratorPointer cloudIterator(const QString &relative, QDir:
         CloudEnvironment::cloud(relative), nameFilters, filters, flags);
 }
 
-QList<QUrl> urlsOf(const QList<QVariant> &arguments)
-{
-    QList<QUrl> urls;
-    for (const QVariant &argument : arguments)
-        urls.append(argument.toUrl());
-    return urls;
-}
-
 void putStatus(const QString &cloudPath)
 {
     NubixCaches::instance()->cacheFileDatas({FileData {cloudPath, false, 0, {}, 3}});
@@ -336,7 +328,10 @@ private Q_SLOTS:
         QList<QUrl> wanted {CloudEnvironment::cloud(file)};
         if (!target.isEmpty())
             wanted.append(CloudEnvironment::cloud(target));
-        QCOMPARE(urlsOf(expected.first()), wanted);
+        QList<QUrl> given;
+        for (const QVariant &argument : expected.first())
+            given.append(argument.toUrl());
+        QCOMPARE(given, wanted);
         // Nothing that reaches the host is a local URL.
         for (const QUrl &url : qAsConst(reported))
             QVERIFY2(url.scheme() == QLatin1String("nubix"), qPrintable(url.toString()));

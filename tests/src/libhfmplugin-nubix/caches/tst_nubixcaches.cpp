@@ -177,7 +177,6 @@ private Q_SLOTS:
         QTest::newRow("trailing slash") << kelo << "/home/u/Kelo/" << true;
         QTest::newRow("root forgotten") << kelo << none << true;
         QTest::newRow("still no root") << none << none << false;
-        QTest::newRow("root set up") << none << kelo << true;
     }
 
     void rootChangesOnlyWhenItsTextDiffers()

@@ -316,8 +316,6 @@ private Q_SLOTS:
         QTest::addColumn<QList<QUrl>>("opened");
         QTest::addColumn<int>("dialogs");
 
-        QTest::newRow("local file untouched")
-            << QList<QUrl> {url("file:///tmp/a.txt")} << QList<QUrl> {url("file:///tmp/a.txt")} << 0;
         QTest::newRow("one transfer among others refuses all") << QList<QUrl> {url("nubix:///b.txt"),
             url("file:///home/a/Drive/a.temp"), url("file:///home/a/Drive/c.temp")}
                                                                << QList<QUrl> {} << 1;
@@ -373,9 +371,6 @@ private Q_SLOTS:
             << QVariantList {wid, cloudList, url("file:///tmp"), flags, handle};
         QTest::newRow("as admin") << int(hfmbase::kOpenAsAdmin) << QVariantList {url("nubix:///a")}
                                   << QVariantList {url("file:///home/a/Drive/a")};
-        QTest::newRow("local delete untouched")
-            << int(hfmbase::kDeleteFiles) << QVariantList {wid, outside, flags, handle}
-            << QVariantList {wid, outside, flags, handle};
         QTest::newRow("paste result shown in the tree")
             << int(hfmbase::kCopyResult)
             << QVariantList {outside, QVariant::fromValue(QList<QUrl> {url("file:///home/a/Drive/x")}), true, QString()}

@@ -13,16 +13,17 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 namespace {
 // Enough for sets, reads and removes mixed on a few paths; the 63 allowed
 // before made long inputs a third slower and reached no further code.
 constexpr int kMaxOperations = 16;
 
-bool hasHugeInteger(const QByteArray &text)
+bool hasHugeInteger(const char *text, int size)
 {
     int run = 0;
-    for (const char c : text) {
+    for (const char c : std::string_view(text, size_t(size))) {
         run = (c >= '0' && c <= '9') ? run + 1 : 0;
         if (run >= 16)
             return true;
@@ -37,9 +38,9 @@ bool hasHugeInteger(const QByteArray &text)
 // some of its own keys in lookups, and one text with its keys in two orders
 // parses to objects that compare unequal. Such inputs (keys or values, spelt
 // out or escaped) run for the sanitizers only: the helper cannot do better.
-bool keyOrderAmbiguous(const QByteArray &input)
+bool keyOrderAmbiguous(const char *input, int size)
 {
-    const QString text = QString::fromUtf8(input);
+    const QString text = QString::fromUtf8(input, size);
     bool beyond = false;
     bool high = false;
     for (int i = 0; i < text.size(); ++i) {
@@ -64,8 +65,9 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    // Lines are views into the input: the harness allocates as little as it
-    // can, so that the fuzzer's time goes to the helper.
+    // Lines are plain views into the input (even a raw-data QByteArray costs
+    // an allocation): the harness allocates as little as it can, so that the
+    // fuzzer's time goes to the helper.
     const char *const begin = reinterpret_cast<const char *>(data);
     const char *const end = begin + size;
     const char *next = begin;
@@ -73,26 +75,28 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const char *const start = next;
         const char *const stop = static_cast<const char *>(std::memchr(start, '\n', size_t(end - start)));
         next = stop ? stop + 1 : end;
-        return QByteArray::fromRawData(start, int((stop ? stop : end) - start));
+        return QLatin1String(start, int((stop ? stop : end) - start));
     };
-    Json json(QString::fromUtf8(nextLine()));
+    const QLatin1String first = nextLine();
+    Json json(QString::fromUtf8(first.data(), first.size()));
     (void)json.isValid();
     (void)json.errorString();
-    const bool check = !keyOrderAmbiguous(QByteArray::fromRawData(begin, int(size)));
+    const bool check = !keyOrderAmbiguous(begin, int(size));
 
     for (int i = 0; next < end && i < kMaxOperations; ++i) {
-        const QByteArray line = nextLine();
+        const QLatin1String line = nextLine();
         if (line.isEmpty())
             continue;
-        const int tab = line.indexOf('\t');
-        const QString path = QString::fromUtf8(line.constData() + 1, tab <= 0 ? line.size() - 1 : tab - 1);
-        const QByteArray argument
-            = tab < 0 ? QByteArray() : QByteArray::fromRawData(line.constData() + tab + 1, line.size() - tab - 1);
+        const char *const tabAt = static_cast<const char *>(std::memchr(line.data(), '\t', size_t(line.size())));
+        const int tab = tabAt ? int(tabAt - line.data()) : -1;
+        const QString path = QString::fromUtf8(line.data() + 1, tab <= 0 ? line.size() - 1 : tab - 1);
+        const char *const argument = tab < 0 ? nullptr : line.data() + tab + 1;
+        const int argumentSize = tab < 0 ? 0 : line.size() - tab - 1;
         // A path of too many keys is refused and must leave the document alone.
-        const bool refused
-            = line.at(0) != 'g' && line.at(0) != 'S' && path.count(QLatin1Char('.')) >= Json::kMaxPathKeys;
+        const char operation = line.data()[0];
+        const bool refused = operation != 'g' && operation != 'S' && path.count(QLatin1Char('.')) >= Json::kMaxPathKeys;
         const QString before = refused ? json.toString(false) : QString();
-        switch (line.at(0)) {
+        switch (operation) {
         case 'g':
             (void)json.getInt(path, 7);
             (void)json.getBool(path, true);
@@ -106,16 +110,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             break;
         case 's': {
             // A scalar or container, as the text of an array's only element.
-            const QJsonArray holder = QJsonDocument::fromJson("[" + argument + "]").array();
-            const QJsonValue value = holder.isEmpty() ? QJsonValue(QString::fromUtf8(argument)) : holder.first();
+            QByteArray text;
+            text.reserve(argumentSize + 2);
+            text.append('[').append(argument, argumentSize).append(']');
+            const QJsonArray holder = QJsonDocument::fromJson(text).array();
+            const QJsonValue value
+                = holder.isEmpty() ? QJsonValue(QString::fromUtf8(argument, argumentSize)) : holder.first();
             json.set(path, value);
             // Integers beyond 2^53 are not kept exactly by Qt's JSON values.
-            if (check && !refused && !hasHugeInteger(argument) && json.getJsonValue(path) != value)
+            if (check && !refused && !hasHugeInteger(argument, argumentSize) && json.getJsonValue(path) != value)
                 std::abort();
             break;
         }
         case 'l': {
-            const QStringList list = QString::fromUtf8(argument).split(QLatin1Char(','));
+            const QStringList list = QString::fromUtf8(argument, argumentSize).split(QLatin1Char(','));
             json.set(path, list);
             // An empty path or "." reads a top-level array instead.
             const bool topLevel = path.isEmpty() || path == QLatin1String(".");

@@ -16,6 +16,7 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <cstring>
 #include <mutex>
 
 #include <sys/stat.h>
@@ -60,45 +61,56 @@ QUrl cloudUrl(const QString &path)
 // Larger than any file we write: not ours either.
 constexpr qint64 kMaxCacheFileBytes = 64 * 1024;
 
+int digitValue(char c, int base)
+{
+    const int digit = (c >= '0' && c <= '9') ? c - '0'
+        : (c >= 'a' && c <= 'f')             ? c - 'a' + 10
+        : (c >= 'A' && c <= 'F')             ? c - 'A' + 10
+                                             : -1;
+    return digit < base ? digit : -1;
+}
+
+// The values' text as the reader decodes it, whatever the file's lines: an
+// escape that only looks harmless here must not become "@Variant(" there.
+// So quotes are dropped, a hex or octal escape takes every digit that
+// follows and keeps the low 16 bits, "\x" without digits and unknown escapes
+// ("\X" among them) give nothing, and a backslash before a line break joins
+// the lines.
 bool holdsSerializedValue(const QByteArray &bytes)
 {
     QByteArray plain;
     plain.reserve(bytes.size());
-    for (int i = 0; i < bytes.size(); ++i) {
-        if (bytes.at(i) != '\\' || i + 1 >= bytes.size()) {
-            plain.append(bytes.at(i));
+    const int size = bytes.size();
+    for (int i = 0; i < size; ++i) {
+        const char c = bytes.at(i);
+        if (c == '"')
+            continue;
+        if (c != '\\') {
+            plain.append(c);
             continue;
         }
-        const char next = bytes.at(++i);
-        int base = 0;
-        int start = i;
-        if (next == 'x' || next == 'X') {
-            base = 16;
-            start = i + 1;
-        } else if (next >= '0' && next <= '7') {
-            base = 8;
+        if (++i >= size)
+            break;
+        const char next = bytes.at(i);
+        if (next == 'x' || (next >= '0' && next <= '7')) {
+            const int base = next >= '0' && next <= '7' ? 8 : 16;
+            int end = base == 8 ? i : i + 1;
+            const int start = end;
+            quint16 code = 0;
+            for (int digit; end < size && (digit = digitValue(bytes.at(end), base)) >= 0; ++end)
+                code = quint16(code * base + digit);
+            if (end > start)
+                plain.append(code < 0x80 ? char(code) : '?');
+            i = end - 1;
+        } else if (next == '\n' || next == '\r') {
+            // "\r\n" and "\n\r" are one line break.
+            if (i + 1 < size && (bytes.at(i + 1) == '\n' || bytes.at(i + 1) == '\r') && bytes.at(i + 1) != next)
+                ++i;
+        } else if (next != '\0' && std::strchr("'\"?\\", next)) {
+            plain.append(next);
+        } else if (next != '\0' && std::strchr("abfnrtv", next)) {
+            plain.append('\a');   // a control character: ends any word
         }
-        if (base == 0) {
-            // A line break after a backslash continues the line.
-            if (next != '\n' && next != '\r')
-                plain.append(next);
-            continue;
-        }
-        int end = start;
-        uint code = 0;
-        while (end < bytes.size() && end - start < 8) {
-            const char c = bytes.at(end);
-            const int digit = (c >= '0' && c <= '9')   ? c - '0'
-                : (base == 16 && c >= 'a' && c <= 'f') ? c - 'a' + 10
-                : (base == 16 && c >= 'A' && c <= 'F') ? c - 'A' + 10
-                                                       : -1;
-            if (digit < 0 || digit >= base)
-                break;
-            code = code * uint(base) + uint(digit);
-            ++end;
-        }
-        plain.append(code < 0x80 ? char(code) : '?');
-        i = end - 1;
     }
     return plain.contains("@Variant(");
 }

@@ -26,15 +26,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (size == 0)
         return 0;
     const int choice = data[0] % 9;
-    const QByteArray payload(reinterpret_cast<const char *>(data + 1), int(size - 1));
+    // Appended piece by piece: Qt copies them with memcpy, while a string
+    // builder expression is compiled here, instrumented, a byte at a time
+    // (a sixth of the time).
     QByteArray message;
+    message.reserve(int(size) + 128);
     if (choice < 3) {
-        message = QByteArray("{\"type\":\"pong\",\"data\":{\"method\":\"") + kResponses[choice]
-            + "\",\"key\":\"{k\",\"data\":" + payload + "}}";
+        message.append("{\"type\":\"pong\",\"data\":{\"method\":\"")
+            .append(kResponses[choice])
+            .append("\",\"key\":\"{k\",\"data\":");
     } else {
-        message = QByteArray("{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"key\":\"{k\",\"data\":{\"type\":\"")
-            + kNotifications[choice - 3] + "\",\"args\":" + payload + "}}}";
+        message.append("{\"type\":\"ping\",\"data\":{\"method\":\"notify\",\"key\":\"{k\",\"data\":{\"type\":\"")
+            .append(kNotifications[choice - 3])
+            .append("\",\"args\":");
     }
+    message.append(reinterpret_cast<const char *>(data + 1), int(size - 1)).append(choice < 3 ? "}}" : "}}}");
     NubixMessageHandler::instance()->handleMessage(QString::fromUtf8(message));
     return 0;
 }

@@ -34,6 +34,7 @@ void check(bool condition)
 QString withoutRoot(const QString &path, const QString &root)
 {
     QString out;
+    out.reserve(path.size());
     int from = 0;
     for (int at = path.indexOf(root, from); at >= 0; at = path.indexOf(root, from)) {
         out += path.midRef(from, at - from);
@@ -50,15 +51,18 @@ bool usableRoot(const QString &root)
 }
 
 // A path below the root made of the text: relative, without empty, "." or
-// ".." segments, so that it names one item.
+// ".." segments, so that it names one item. Built in one allocation: a
+// string of thousands of segments, grown one segment at a time, was half
+// of the target's time.
 QString itemPath(const QString &text)
 {
     QString path;
-    const QStringList segments = text.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-    for (const QString &segment : segments) {
+    path.reserve(text.size() + 1);
+    const QVector<QStringRef> segments = text.splitRef(QLatin1Char('/'), Qt::SkipEmptyParts);
+    for (const QStringRef &segment : segments) {
         if (segment == QLatin1String(".") || segment == QLatin1String(".."))
             continue;
-        path += QLatin1Char('/') + segment;
+        path.append(QLatin1Char('/')).append(segment);
     }
     return path;
 }

@@ -11,6 +11,8 @@
 
 #include <cstdlib>
 
+#include <unistd.h>
+
 using hfmplugin_nubix::NubixMessageHandler;
 
 namespace {
@@ -23,6 +25,9 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     nubixfuzz::setUp(argc, argv);
     const QString dir = QDir(QStringLiteral("/dev/shm")).exists() ? QStringLiteral("/dev/shm") : QDir::tempPath();
     portFile = QStringLiteral("%1/nubix-fuzz-port-%2").arg(dir).arg(QCoreApplication::applicationPid());
+    // Not left behind in the shared tmpfs when the run ends.
+    static const QByteArray name = QFile::encodeName(portFile);
+    std::atexit([] { ::unlink(name.constData()); });
     return 0;
 }
 
